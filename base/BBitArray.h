@@ -1,0 +1,36 @@
+// FenwickBase: foundation of the VelmarBase project.
+#pragma once
+
+#include "FenwickExport.h"
+#include "base/BArray.h"
+
+#include <cstdint>
+
+/// A growing set of bits. Reading beyond the end gives clear bits; setting beyond the end grows the array.
+class FENWICK_EXPORT BBitArray
+{
+public:
+    BBitArray() = default;
+    explicit BBitArray(std::int64_t count) { SetCount(count); }
+
+    std::int64_t Count() const { return mCount; }
+    bool SetCount(std::int64_t count); ///< new bits are clear; false when memory ran out (the array is then empty)
+    bool Get(std::int64_t i) const
+    {
+        return i >= 0 && i < mCount && ((mWords.Data()[i >> 6] >> (i & 63)) & 1) != 0;
+    }
+    bool operator[](std::int64_t i) const { return Get(i); }
+    void Set(std::int64_t i, bool on = true); ///< negative indices and clearing beyond the end do nothing
+    void SetAll(bool on);
+    void ClearAll() { SetAll(false); }
+    std::int64_t NumSet() const;
+    std::int64_t NextSet(std::int64_t from) const; ///< first set bit at or after `from`, -1 for none
+
+    friend bool operator==(const BBitArray& a, const BBitArray& b); ///< same count, same bits
+
+private:
+    std::int64_t mCount = 0;
+    BArray<std::uint64_t> mWords; ///< bits beyond mCount are clear
+};
+
+FENWICK_EXPORT bool operator==(const BBitArray& a, const BBitArray& b);

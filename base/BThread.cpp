@@ -1,0 +1,1 @@
+#include "base/BThread.h"

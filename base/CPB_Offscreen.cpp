@@ -1,0 +1,1 @@
+#include "base/CPB_Offscreen.h"

@@ -1,0 +1,279 @@
+// VelmarBase: mesh processing.
+#pragma once
+
+#include "VelmarExport.h"
+#include "base/BArray.h"
+#include "base/BPath.h"
+#include "base/GEOM_Obj.h"
+#include "base/MAT.h"
+#include "mesh/VXEdgeList.h"
+#include "mesh/VXSortedData.h"
+#include "mesh/VXVertSmoothingList.h"
+
+#include <cstdint>
+
+/// Arrays of the caller that crease generation fills instead of the mesh's own. All are memory handles; null where the
+/// caller does not want the array. Grown as needed and owned by the caller.
+struct EDGELIST
+{
+    VERTEX* verts = nullptr;              ///< positions: record vertices, then crease vertices
+    VERTEX* vertNormals = nullptr;        ///< normals in the same order
+    T_VERTEX* uvsPerVertex = nullptr;     ///< one UV per vertex and crease vertex
+    std::int32_t* sets = nullptr;         ///< vertex index of each polygon corner, crease corners redirected
+    std::int32_t* origIndices = nullptr;  ///< original vertex of each crease vertex
+    std::int32_t numVerts = 0;            ///< record vertices
+    std::int32_t numCreaseVerts = 0;
+};
+
+/// Bits of the wrapper's flag word.
+enum class GeomFlag : std::uint32_t
+{
+    EdgesClassified = 1u << 0,       ///< crease and smooth flags of the edges are valid
+    UseCreaseAngle = 1u << 1,        ///< crease by angle; on at start
+    GeomChanged = 1u << 2,           ///< the record changed since the last derivation
+    UseExternalNormals = 1u << 3,    ///< normal arrays are the host's: never allocated, changed or emptied here
+    DataSorted = 1u << 4,            ///< sorted drawing data is valid
+    TransparentParts = 1u << 5,      ///< some drawn polygon has a transparent material
+    UseExternalCreaseInfo = 1u << 6, ///< crease arrays are the host's
+    GenerateCreases = 1u << 7,       ///< crease vertices are generated; on at start
+    IncludesLines = 1u << 8,         ///< there are drawable lines
+    IncludesPoints = 1u << 9,        ///< there are drawable points
+    DebugCreaseVerts = 1u << 10,     ///< write the crease dump
+};
+
+/// A mesh record with all that is derived from it: edge list, normals, crease vertices, sorted drawing data, and a
+/// cursor that reads polygons one at a time. The record is the truth; derived data is dropped when it changes.
+///
+/// Vertex numbering: 0 .. NumVerts(false)-1 are the record's vertices; the NumbCreaseVerts() indices after them are
+/// crease vertices, copies along hard edges. Arrays "per vertex" below have NumVerts(true) entries.
+///
+/// One thread at a time. Arrays handed in through SetExternal... and SetPreMunge... are borrowed and never freed.
+class VELMAR_EXPORT VXGeom
+{
+public:
+    // --- Construction, ownership, sizes: VXGeom.cpp
+    VXGeom();
+    explicit VXGeom(const GEOM* geom);   ///< owns a copy; the caller keeps its record
+    explicit VXGeom(const VXGeom* geom); ///< takes no record: only a wrapper like any new one
+    virtual ~VXGeom();
+
+    /// Shallow: record and arrays are shared with the source afterwards, and only one of the two may be used and
+    /// destroyed. The library never copies wrappers; Clone is the deep copy.
+    VXGeom(const VXGeom& other) = default;
+    VXGeom& operator=(const VXGeom& other) = default;
+
+    /// Takes a record and derives edge list and normals. @param copy true: an owned copy is taken; false: the record
+    /// itself is held and stays the caller's. Null empties the wrapper. @return 0, or -1 on failure
+    int SetGeom(GEOM* geom, bool copy);
+    bool RebuildLists(); ///< after a change of topology: edge list and normals anew; false on failure
+    GEOM* Geom() const { return mGeom; }
+    bool GeomIsGeom(const GEOM* geom) const { return geom == mGeom; }
+    GEOM* StealGeom(); ///< the record, forgotten here and not freed
+    void SetGeomShared(bool shared) { mGeomShared = shared; } ///< shared: the record is not freed here
+    VXGeom* Clone(bool copyRecord) const; ///< a new wrapper of the same record, copied or borrowed; null on failure
+    void Empty();
+
+    /// Gives the record its sizes: `verts` vertices, `polys` polygons, `corners` corners and `texVerts` texture
+    /// vertices (as many texture corners as corners when there are any; 0 drops texture coordinates). An owned record
+    /// is made when there is none. @return 0, or -1 when memory ran out
+    int SetSizeFor(int verts, int polys, int corners, int texVerts);
+
+    int NumPolys() const { return mGeom ? mGeom->numPolys : 0; }
+    int NumVerts(bool creased) const { return mGeom ? mGeom->numVerts + (creased ? mNumbCreaseVerts : 0) : 0; }
+    int NumQuads() const { return mSorted[int(VXElementKind::Quads)].count; }
+    std::size_t MemoryUsed() const; ///< bytes held by record and derived data, capacities included
+
+    // --- Reading the record
+    VERTEX* Verts() const { return mGeom ? mGeom->verts : nullptr; }
+    VERTEX* Vertex(int i) const { return mGeom && mGeom->verts ? mGeom->verts + i : nullptr; } ///< unchecked index
+    VERTEX* VertNormal(int i) const { return mVertNormals ? mVertNormals + i : nullptr; }      ///< unchecked index
+    std::int32_t* Sets(bool creased) const; ///< vertex index per corner; creased: with crease vertices, if there are any
+    ELEMENT* Polygon(int i) const { return mGeom->Poly(i); }                                   ///< unchecked
+    int PolyLength(int i) const { return mGeom && i < mGeom->numPolys ? mGeom->Poly(i)->length : 0; }
+    VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
+    VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
+    std::uint32_t PolySmoothingGroup(int i) const; ///< word 0 of the polygon's group bits; 0 out of range
+    bool PolyIncludesVertex(int poly, int vert) const;
+    bool EdgeIncludesVertex(int edge, int vert) const;
+
+    // --- Polygon cursor: VXGeomCursor.cpp
+    void SetCurrentPoly(int i);        ///< out of range: no polygon is current
+    int BeginPolyVertexLoop(int i);    ///< makes polygon i current before its first corner; its length, 0 for none
+    VERTEX* NextPolyVert();            ///< next corner's position; null after the last, and then starts over
+    VERTEX* CurPolyVert() const;
+    VERTEX* CurPolyVertNormalPerVert() const;
+    VERTEX* CurPolyVertexColorPerVert() const;
+    int CurPolyVertIndex() const;      ///< vertex index of the current corner; -1 without one
+    int CurPolyUVIndex() const;        ///< texture vertex index of the current corner; -1 without one
+    bool CurPolyIsFace() const { return mCurPoly && mCurPoly->IsFace(); }
+    bool CurPolyIsLine() const { return mCurPoly && mCurPoly->type == kElementLine; }
+    bool CurPolyIsPoint() const { return mCurPoly && mCurPoly->type == kElementPoint; }
+    bool CurPolyIsHidden() const { return mCurPoly && mCurPoly->IsHidden(); }
+    int CurPolyMaterialIndex() const { return mCurPoly ? mCurPoly->material : 0; }
+    void* CurrentPolyMaterial() const; ///< the host's VXMaterial, null without one
+    VERTEX* CurPolyNormal() const { return mCurPoly ? PolyNormal(mCurPolyIndex) : nullptr; }
+    T_VERTEX* CurPolyTVerts() const;   ///< texture coordinate of the first corner; null without texture coordinates
+    T_VERTEX* CurPolyTVertex(int corner) const;
+    bool CurPolyTexCoords(float* u, float* v, int corner) const; ///< false, and (0, 0), without texture coordinates
+    bool CurPolyVertTexCoord(float& u, float& v) const;          ///< of the current corner
+    int CurPolyIndex() const { return mCurPolyIndex; }
+    int CurPolyLength() const { return mCurPolyLength; }
+    std::int32_t* PolySetStart() const { return mPolySetStart; }
+    std::int32_t* PolyUVSetStart() const { return mPolyUVSetStart; }
+    std::int32_t* PolyNormalSetStart() const { return mPolyNormalSetStart; }
+
+    // --- Flags
+    bool Flag(GeomFlag f) const { return (mFlags & std::uint32_t(f)) != 0; }
+    void SetFlag(GeomFlag f, bool on) { mFlags = on ? mFlags | std::uint32_t(f) : mFlags & ~std::uint32_t(f); }
+    std::uint32_t Flags() const { return mFlags; }
+    bool EdgesClassified() const { return Flag(GeomFlag::EdgesClassified); }
+    void SetEdgesClassified(bool on) { SetFlag(GeomFlag::EdgesClassified, on); }
+    bool UseCreaseAngle() const { return Flag(GeomFlag::UseCreaseAngle); }
+    void SetUseCreaseAngle(bool on) { SetFlag(GeomFlag::UseCreaseAngle, on); }
+    bool GeomChanged() const { return Flag(GeomFlag::GeomChanged); }
+    void SetGeomChanged(bool on) { SetFlag(GeomFlag::GeomChanged, on); }
+    bool UseExternalNormals() const { return Flag(GeomFlag::UseExternalNormals); }
+    void SetUseExternalNormals(bool on) { SetFlag(GeomFlag::UseExternalNormals, on); }
+    bool DataSorted() const { return Flag(GeomFlag::DataSorted); }
+    void SetDataSorted(bool on) { SetFlag(GeomFlag::DataSorted, on); }
+    bool TransparentParts() const { return Flag(GeomFlag::TransparentParts); }
+    void SetTransparentParts(bool on) { SetFlag(GeomFlag::TransparentParts, on); }
+    bool UseExternalCreaseInfo() const { return Flag(GeomFlag::UseExternalCreaseInfo); }
+    void SetUseExternalCreaseInfo(bool on) { SetFlag(GeomFlag::UseExternalCreaseInfo, on); }
+    bool GenerateCreases() const { return Flag(GeomFlag::GenerateCreases); }
+    void SetGenerateCreases(bool on) { SetFlag(GeomFlag::GenerateCreases, on); }
+    bool IncludesLines() const { return Flag(GeomFlag::IncludesLines); }
+    void SetIncludesLines(bool on) { SetFlag(GeomFlag::IncludesLines, on); }
+    bool IncludesPoints() const { return Flag(GeomFlag::IncludesPoints); }
+    void SetIncludesPoints(bool on) { SetFlag(GeomFlag::IncludesPoints, on); }
+    bool DebugCreaseVerts() const { return Flag(GeomFlag::DebugCreaseVerts); }
+    void SetDebugCreaseVerts(bool on) { SetFlag(GeomFlag::DebugCreaseVerts, on); }
+
+    // --- Edges: VXGeomEdges.cpp
+    VXEdgeList& EdgeList() { return mEdgeList; }
+    const VXEdgeList& EdgeList() const { return mEdgeList; }
+    int BuildEdgeList();      ///< 0, or -1 without a record or when memory ran out
+    void ClearEdgeSmoothing(); ///< drops all crease data
+
+    /// Silhouette classification for a viewpoint in object space: sets FacingForward, BoundaryEdge and MtlBoundaryEdge
+    /// of the edges. Unless normals are external, polygon normals become unnormalised Newell normals.
+    void ComputeBackfacingToVertex(const VERTEX* viewpoint);
+
+    // --- Normals: VXGeomNormals.cpp
+    bool ComputeAllNormals();                ///< polygon and vertex normals (creases included); false when memory ran out
+    int MakeVertexNormals(EDGELIST* unused = nullptr); ///< from the polygon normals; 0, or -1 without a record
+    VERTEX* ComputeNonCreasedNormals();      ///< the vertex normals; null on failure
+    /// Vertex normals with creases. @param normals, polyNormals arrays to use instead of the mesh's own, or null
+    /// @param tangents also compute tangents beside  @return the vertex normals, null on failure
+    VERTEX* ComputeCreasedNormals(VERTEX* normals = nullptr, VERTEX* polyNormals = nullptr, bool tangents = false);
+    VERTEX* VertNormals() const { return mVertNormals; } ///< per vertex
+    VERTEX* PolyNormals() const { return mPolyNormals; } ///< NumPolys() entries
+    void CalculateWeldedNormals();
+    VERTEX* WeldedNormals(bool compute = true); ///< per vertex: the normal it would have if coincident vertices were one
+    void ClearWeldedNormals();
+    VERTEX* PolyCenters() const { return mPolyCenters; }
+    void ComputePolyCenters();
+    void ComputePolyCentroids(VERTEX* out, T_VERTEX* texOut) const; ///< into the caller's arrays of NumPolys() entries
+    void ClearPolyCenters();
+    VXVertSmoothingList& VertSmoothingList() { return mVertSmoothingList; }
+    void BuildVertSmoothList();
+    void SetExternalVertexNormals(VERTEX* normals) { mVertNormals = normals; } ///< with SetUseExternalNormals(true)
+    void SetExternalPolyNormals(VERTEX* normals) { mPolyNormals = normals; }
+    void SetExternalVertexColors(VERTEX* colors) { mVertexColors = colors; }
+    VERTEX* VertexColors() const { return mVertexColors; }
+
+    // --- Creases: VXGeomCreases.cpp
+    float CreaseAngle() const { return mCreaseAngle; } ///< degrees
+    void SetCreaseAngle(float degrees) { mCreaseAngle = degrees; }
+    int NumbCreaseVerts() const { return mNumbCreaseVerts; }
+    std::int32_t* CreaseSets() const { return mCreaseSets; }      ///< vertex index per corner, crease corners redirected
+    T_VERTEX* UvsPerVertex() const { return mUvsPerVertex; }      ///< per vertex
+    std::int32_t OrigCreaseIndex(int k) const { return mOrigCreaseIndex[k]; } ///< record vertex of crease vertex k
+    std::int32_t* OrigCreaseIndexTable() const { return mOrigCreaseIndex; }
+    int OrigVertIndex(int i) const; ///< record vertex behind any vertex index; 0 when out of range
+
+    /// Classifies edges as smooth or crease and gives every smooth sector around a vertex its own vertex, then computes
+    /// normals. @param edges the caller's arrays to fill instead of the mesh's, or null  @return always false
+    bool GenerateCreaseData(EDGELIST* edges = nullptr);
+    void UpdateCreaseVerts(); ///< after the record's vertices moved: crease vertices follow
+    /// Brings an array of record-vertex entries (a handle) to NumVerts(true) entries. @return the possibly moved handle
+    VERTEX* UpdateArbVertArrayForCreases(VERTEX* array);
+    void DumpCreaseData(EDGELIST* edges, double milliseconds); ///< a text file, when DebugCreaseVerts is on
+    /// The host's own crease arrays: set them, SetUseExternalCreaseInfo(true) and SetEdgesClassified(true), or the next
+    /// ComputeAllNormals replaces them.
+    void SetExternalCreaseSets(std::int32_t* sets) { mCreaseSets = sets; }
+    void SetExternalOrigCreaseIndexes(std::int32_t* table) { mOrigCreaseIndex = table; }
+    void SetExternalUvsPerVertex(T_VERTEX* uvs) { mUvsPerVertex = uvs; }
+    void SetNumbCreaseVerts(int count) { mNumbCreaseVerts = count; }
+    static bool ObeyNormals() { return mObeyNormals; } ///< corner normals of the record that differ make creases
+    static void SetObeyNormals(bool obey) { mObeyNormals = obey; }
+    static int GenCreaseMethod() { return smGenCreaseMethod; }
+    static void SetGenCreaseMethod(int method) { smGenCreaseMethod = method; }
+
+    // --- Transforms, bounds, transformed vertices, welding: VXGeomTransforms.cpp
+    void Center();
+    void Scale(float factor);
+    void Transform(const Mat44 m); ///< into TransformedVerts(); the record is unchanged
+    VERTEX* TransformedVerts() const { return mTransformedVerts; } ///< per vertex
+    bool AllocTransformedVerts();
+    bool GetBounds(float* minX, float* minY, float* minZ, float* maxX, float* maxY, float* maxZ, float* midX,
+                   float* midY, float* midZ) const; ///< false, and zeros, without a record
+    void Weld(float tolerance); ///< merges vertices and derives everything anew; the tolerance stays set
+    BArray<VERTEX>& RefPoints() { return mRefPoints; }
+    void FillRefPoints(const VERTEX* points, int count);
+    void FillRefPointsFromFloatBuffer(const float* xyz, int count);
+
+    // --- Materials: VXGeomMaterials.cpp
+    int NumGeomMaterials() const { return mGeom ? mGeom->NumMaterials() : 0; }
+    void* MaterialPointer(int i) const;       ///< the slot's VXMaterial, stored untyped; null out of range
+    const char* MaterialName(int i) const;    ///< null out of range
+    void SetMaterialPointer(int i, void* material);
+    bool VerifyGeomMaterials() const { return mGeom != nullptr; }
+    /// Gives `to` the material pointers of `from`, slot by slot where both have one.
+    static void CopyMaterialPointersSynced(const VXGeom* from, VXGeom* to);
+
+    // --- Sorted drawing data: VXGeomSort.cpp
+    void SortGeomData();
+    const VXSortedBucket& Sorted(VXElementKind kind) const { return mSorted[int(kind)]; }
+    void ClearSortedData();
+
+    // --- Files: VXGeom.cpp
+    /// Reads a Wavefront file, plain or gzip. @return 0, or -1; `report` says why
+    int ReadWavefront(const char* path, GEOM_ProgressProc progress = nullptr, GEOM_ReadReport* report = nullptr);
+
+private:
+    void InitMembers();
+
+    GEOM* mGeom;
+    ELEMENT* mCurPoly;
+    GEOM_TexPoly* mCurTexPoly;
+    VERTEX* mSavedVerts; ///< the record's own vertices while a temporary array stands in
+    VERTEX* mTransformedVerts;
+    VERTEX* mVertNormals;
+    VERTEX* mPolyNormals;
+    VERTEX* mPolyCenters;
+    VERTEX* mVertexColors; ///< borrowed
+    BArray<VERTEX> mRefPoints;
+    VERTEX* mWeldedNormals;
+    std::int32_t* mPolySetStart;
+    std::int32_t* mPolyNormalSetStart;
+    std::int32_t* mPolyUVSetStart;
+    std::int32_t mCurPolyIndex;
+    std::uint32_t mFlags;
+    float mCreaseAngle; ///< degrees
+    VXEdgeList mEdgeList;
+    std::int32_t mCurCorner; ///< -1: loop not started or ended
+    std::int32_t mCurPolyLength;
+    bool mGeomShared;
+    BArray<int> mSubdivPolyRemapTable;
+    BArray<int> mSubdivVertRemapTable;
+    VXVertSmoothingList mVertSmoothingList;
+    VXSortedBucket mSorted[kNumElementKinds];
+    T_VERTEX* mUvsPerVertex;
+    std::int32_t* mCreaseSets;
+    std::int32_t* mOrigCreaseIndex;
+    std::int32_t mNumbCreaseVerts;
+
+    static bool mObeyNormals;
+    static int smGenCreaseMethod;
+};

@@ -1,0 +1,1 @@
+#include "tests/support/Meshes.h"
