@@ -25,7 +25,10 @@ public:
         : mInitialCapacity(initialCapacity), mGrowthStep(std::max<std::int64_t>(growthStep, 1))
     {
     }
-    BArray(const BArray& other) : BArray(other.mInitialCapacity, other.mGrowthStep) { Assign(other.mData, other.mCount); }
+    BArray(const BArray& other) : BArray(other.mInitialCapacity, other.mGrowthStep)
+    {
+        Assign(other.mData, other.mCount);
+    }
     BArray(BArray&& other) noexcept : BArray(other.mInitialCapacity, other.mGrowthStep) { Swap(other); }
     BArray& operator=(const BArray& other)
     {

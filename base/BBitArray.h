@@ -15,10 +15,7 @@ public:
 
     std::int64_t Count() const { return mCount; }
     bool SetCount(std::int64_t count); ///< new bits are clear; false when memory ran out (the array is then empty)
-    bool Get(std::int64_t i) const
-    {
-        return i >= 0 && i < mCount && ((mWords.Data()[i >> 6] >> (i & 63)) & 1) != 0;
-    }
+    bool Get(std::int64_t i) const { return i >= 0 && i < mCount && ((mWords.Data()[i >> 6] >> (i & 63)) & 1) != 0; }
     bool operator[](std::int64_t i) const { return Get(i); }
     void Set(std::int64_t i, bool on = true); ///< negative indices and clearing beyond the end do nothing
     void SetAll(bool on);

@@ -17,7 +17,7 @@ public:
     void AddDependent(BDependentProvider* dependent);    ///< once, however often it is called; null is ignored
     void RemoveDependent(BDependentProvider* dependent); ///< nothing when it is not one
     bool HasDependent(const BDependentProvider* dependent) const;
-    void MessageDependents(int message, void* data);     ///< calls ProcessProviderMessage on each, in order of adding
+    void MessageDependents(int message, void* data); ///< calls ProcessProviderMessage on each, in order of adding
 
     /// A provider of this object is being destroyed. Overriders call the base version, which forgets it.
     virtual void DeletingProvider(BDependentProvider* provider);

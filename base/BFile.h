@@ -15,7 +15,7 @@ public:
     enum class Mode
     {
         Read,
-        Write,      ///< created or truncated
+        Write, ///< created or truncated
         Append,
         WriteAtomic, ///< written to a temporary name in the same folder; Close renames it over the target, a file that
                      ///< was never closed with success leaves the target as it was
@@ -31,7 +31,7 @@ public:
 
     /// 0, or -1; LastError then says why in words ("no such file", "is a folder", "permission denied").
     int Open(Mode mode);
-    int Close(); ///< 0, or -1 when buffered data could not be written; closing twice is harmless
+    int Close();    ///< 0, or -1 when buffered data could not be written; closing twice is harmless
     void Discard(); ///< closes and, in WriteAtomic mode, removes what was written
     bool IsOpen() const { return mImpl != nullptr; }
     const BPath& Path() const { return mPath; }

@@ -71,7 +71,11 @@ public:
         return true;
     }
 
-    Value* Find(const Key& key) { Entry* const entry = FindEntry(key); return entry ? &entry->value : nullptr; }
+    Value* Find(const Key& key)
+    {
+        Entry* const entry = FindEntry(key);
+        return entry ? &entry->value : nullptr;
+    }
     const Value* Find(const Key& key) const { return const_cast<BMap*>(this)->Find(key); }
     bool Contains(const Key& key) const { return Find(key) != nullptr; }
 

@@ -19,7 +19,7 @@ public:
     BString BaseName() const;  ///< last component without its extension
     BString Extension() const; ///< without the dot: "a/b.tar.gz" gives "gz"; empty when there is none
     BPath Parent() const;
-    BPath Joined(const BString& component) const; ///< an absolute component replaces the whole path
+    BPath Joined(const BString& component) const;        ///< an absolute component replaces the whole path
     BPath WithExtension(const BString& extension) const; ///< extension without the dot; empty removes it
     BPath Absolute() const;
 

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #if defined(__GNUC__)
-#define FENWICK_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define FENWICK_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
-#define FENWICK_PRINTF(format, first)
+#define FENWICK_PRINTF(text, first)
 #endif
 
 /// Text as UTF-8 bytes. Comparisons and positions are bytewise; null pointers read as the empty text.
@@ -28,7 +28,7 @@ public:
     // --- Reading
     const char* CString() const { return mText.c_str(); }
     const std::string& Std() const { return mText; }
-    operator std::string_view() const { return mText; } // NOLINT
+    operator std::string_view() const { return mText; }                // NOLINT
     std::int64_t Length() const { return std::int64_t(mText.size()); } ///< bytes
     bool IsEmpty() const { return mText.empty(); }
     char operator[](std::int64_t i) const { return mText[std::size_t(i)]; }
@@ -39,10 +39,10 @@ public:
     bool StartsWith(std::string_view head) const { return mText.starts_with(head); }
     bool EndsWith(std::string_view tail) const { return mText.ends_with(tail); }
     std::int64_t Find(std::string_view what, std::int64_t from = 0) const; ///< position of the first match, -1 for none
-    std::int64_t FindLast(std::string_view what) const;                   ///< position of the last match, -1 for none
+    std::int64_t FindLast(std::string_view what) const;                    ///< position of the last match, -1 for none
     BString Mid(std::int64_t from, std::int64_t count = INT64_MAX) const;  ///< clamped to the text
     BString Left(std::int64_t count) const { return Mid(0, count); }
-    BString Lower() const; ///< ASCII letters only
+    BString Lower() const;   ///< ASCII letters only
     BString Trimmed() const; ///< without ASCII white space at both ends
 
     // --- Changing

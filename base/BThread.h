@@ -19,8 +19,8 @@ public:
     BThread(bool startSuspended, std::size_t stackSize, bool lowPriority);
     ~BThread() override;
 
-    bool Run();  ///< starts the thread; false when it is running already or could not be started
-    void Join(); ///< waits for the end; nothing when it is not running
+    bool Run();         ///< starts the thread; false when it is running already or could not be started
+    void Join();        ///< waits for the end; nothing when it is not running
     void RequestStop(); ///< DoRepeatedly is not called again
     bool StopRequested() const;
     bool IsCurrentThread() const; ///< the caller runs on this thread

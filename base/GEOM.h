@@ -12,8 +12,8 @@
 
 /// @file
 /// The polygon mesh record: vertices, polygons of any number of corners, texture coordinates, materials and groups, all
-/// in flat arrays, and the functions that work on a record alone. Arrays are memory handles (MEM.h) that the record owns.
-/// A record belongs to one thread at a time, apart from its access mutex.
+/// in flat arrays, and the functions that work on a record alone. Arrays are memory handles (MEM.h) that the record
+/// owns. A record belongs to one thread at a time, apart from its access mutex.
 
 /// What kind a polygon record is. 0 and 2 are both faces: 2 is what imported and subdivided faces carry.
 enum GEOM_ElementType : std::uint8_t
@@ -63,8 +63,8 @@ struct GEOM_TexPoly
 /// polygon's index is below numPolys.
 struct GEOM_Texture
 {
-    T_VERTEX* verts = nullptr;     ///< numVerts entries
-    std::int32_t* sets = nullptr;  ///< numCorners entries: texture vertex of each texture corner
+    T_VERTEX* verts = nullptr;    ///< numVerts entries
+    std::int32_t* sets = nullptr; ///< numCorners entries: texture vertex of each texture corner
     std::int32_t numCorners = 0;
     GEOM_TexPoly* polys = nullptr; ///< numPolys entries
     std::int32_t numPolys = 0;
@@ -105,8 +105,8 @@ public:
     virtual int NumMaterials() const { return int(materials.Count()); }
     virtual void SetMaterialPointer(int i, void* material); ///< nothing for an index out of range
 
-    std::int64_t PolyStride() const { return 15 + 4 * GroupWords(); }      ///< bytes of one polygon record
-    std::int64_t GroupWords() const { return numGroups / 32 + 1; }         ///< 32-bit group words of one polygon
+    std::int64_t PolyStride() const { return 15 + 4 * GroupWords(); } ///< bytes of one polygon record
+    std::int64_t GroupWords() const { return numGroups / 32 + 1; }    ///< 32-bit group words of one polygon
     std::int64_t NumCorners() const { return std::int64_t(MEM_Count(sets)); }
 
     /// Polygon record i: stride arithmetic, unchecked. Stale after anything that changes the polygon or group count.
@@ -118,17 +118,17 @@ public:
         return tex && tex->sets && tex->numCorners >= 1 && i >= 0 && i < tex->numPolys;
     }
 
-    VERTEX* verts = nullptr;             ///< positions; may hold more than numVerts entries (crease vertices follow)
+    VERTEX* verts = nullptr; ///< positions; may hold more than numVerts entries (crease vertices follow)
     std::int32_t numVerts = 0;
-    std::int32_t* sets = nullptr;        ///< vertex index of each polygon corner; a polygon's corners lie in a row
-    std::uint8_t* polys = nullptr;       ///< packed ELEMENT records, numPolys * PolyStride() bytes (a byte handle)
+    std::int32_t* sets = nullptr;  ///< vertex index of each polygon corner; a polygon's corners lie in a row
+    std::uint8_t* polys = nullptr; ///< packed ELEMENT records, numPolys * PolyStride() bytes (a byte handle)
     std::int32_t numPolys = 0;
-    GEOM_Texture* tex = nullptr;         ///< owned; null without texture coordinates
-    std::int32_t numGroups = 0;          ///< 0, or 32 + the number of named groups (0..31 are smoothing groups)
+    GEOM_Texture* tex = nullptr; ///< owned; null without texture coordinates
+    std::int32_t numGroups = 0;  ///< 0, or 32 + the number of named groups (0..31 are smoothing groups)
     std::int32_t numNormals = 0;
-    std::int32_t* normalSets = nullptr;  ///< per corner, aligned with sets: index into normals; null without normals
-    VERTEX* normals = nullptr;           ///< corner normals read from a file
-    BMutex accessMutex;                  ///< held while a temporary vertex array is installed
+    std::int32_t* normalSets = nullptr; ///< per corner, aligned with sets: index into normals; null without normals
+    VERTEX* normals = nullptr;          ///< corner normals read from a file
+    BMutex accessMutex;                 ///< held while a temporary vertex array is installed
 
     // --- Beyond what the mesh wrapper reads
     BArray<GEOM_Material> materials;
@@ -181,8 +181,8 @@ FENWICK_EXPORT void GEOM_Bounds(const GEOM* g, float* minX, float* minY, float* 
 /// The same nine numbers as an array: min x y z, max x y z, centre x y z, of all vertices.
 FENWICK_EXPORT void GEOM_Stats(const GEOM* g, float stats[9]);
 
-FENWICK_EXPORT void GEOM_Center(GEOM* g);                                 ///< moves the box's centre to the origin
-FENWICK_EXPORT void GEOM_Scale(GEOM* g, float factor);                    ///< about the origin
+FENWICK_EXPORT void GEOM_Center(GEOM* g);              ///< moves the box's centre to the origin
+FENWICK_EXPORT void GEOM_Scale(GEOM* g, float factor); ///< about the origin
 FENWICK_EXPORT void GEOM_Offset(GEOM* g, float dx, float dy, float dz);
 
 /// Unit normal of each polygon from Newell's sum relative to its first corner (M. E. Newell, in Sutherland, Sproull and
@@ -225,6 +225,7 @@ FENWICK_EXPORT int GEOM_GroupAddElem(GEOM* g, const char* name, int poly);
 FENWICK_EXPORT bool GEOM_GetGroupBit(const GEOM* g, const char* name, std::int32_t* word, std::uint32_t* mask);
 
 FENWICK_EXPORT int GEOM_SetNumGroups(GEOM* g, int numGroups); ///< rewrites the records; new bits are clear; 0 or -1
-FENWICK_EXPORT int GEOM_AddMaterialName(GEOM* g, const char* name); ///< slot of that name, appended if new; -1 on failure
-FENWICK_EXPORT int GEOM_MakeDefaultMaterial(GEOM* g);    ///< one slot named "Default" that every polygon uses; 0 or -1
-FENWICK_EXPORT int GEOM_PurgeUnusedMaterials(GEOM* g);   ///< drops slots that no polygon uses, keeping order; 0 or -1
+FENWICK_EXPORT int GEOM_AddMaterialName(GEOM* g,
+                                        const char* name); ///< slot of that name, appended if new; -1 on failure
+FENWICK_EXPORT int GEOM_MakeDefaultMaterial(GEOM* g);  ///< one slot named "Default" that every polygon uses; 0 or -1
+FENWICK_EXPORT int GEOM_PurgeUnusedMaterials(GEOM* g); ///< drops slots that no polygon uses, keeping order; 0 or -1

@@ -58,7 +58,8 @@ FENWICK_EXPORT void MEM_FailAfter(std::int64_t n);
 FENWICK_EXPORT void* MEM_RawAlloc(std::size_t bytes);
 FENWICK_EXPORT void MEM_RawFree(void* storage, std::size_t bytes);
 
-/// The library-wide allocation-failure flag. Normal and crease passes raise it; whoever reports it to the user lowers it.
+/// The library-wide allocation-failure flag. Normal and crease passes raise it; whoever reports it to the user lowers
+/// it.
 FENWICK_EXPORT bool MEM_AllocationFailed();
 FENWICK_EXPORT void MEM_SetAllocationFailed(bool failed);
 

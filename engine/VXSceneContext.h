@@ -19,10 +19,10 @@ VELMAR_EXPORT VXSceneDrawEngine* DrawEngine();
 VELMAR_EXPORT VXSceneDrawOptions* DrawOptions(); ///< of the scene's draw engine
 VELMAR_EXPORT VXShaderEngine* ShaderEngine();    ///< of the scene's draw engine
 VELMAR_EXPORT VXSceneDelegate* Delegate();
-VELMAR_EXPORT int RenderType();                  ///< CurrentPreviewRootRenderType of the scene; 1 without one
+VELMAR_EXPORT int RenderType(); ///< CurrentPreviewRootRenderType of the scene; 1 without one
 VELMAR_EXPORT const VXMaterialColor4* BackgroundColor();
 VELMAR_EXPORT const VXMaterialColor4* WireframeColor();
-VELMAR_EXPORT bool HaberlinesWelded();           ///< of the draw engine; true when there is none
+VELMAR_EXPORT bool HaberlinesWelded(); ///< of the draw engine; true when there is none
 VELMAR_EXPORT void MarkShadowsForRedraw();
 VELMAR_EXPORT void RemoveMaterial(VXMaterial* material); ///< from the scene's list
 } // namespace VXSceneContext

@@ -19,24 +19,24 @@ struct VELMAR_EXPORT VXCreaseVertexData
 /// What is known of an edge, as bits of one word.
 enum class EdgeFlag : std::uint32_t
 {
-    OpenEdge = 1u << 0,             ///< only one polygon
-    BoundaryEdge = 1u << 1,         ///< silhouette edge as seen from the last viewpoint given to the facing pass
-    CreaseEdge = 1u << 2,           ///< vertices are split here
-    WeldedEdge = 1u << 3,           ///< for the users of edges; not read here
-    SmoothEdge = 1u << 4,           ///< normals run through; with CreaseEdge: a texture seam
-    EdgeOrderedProperly = 1u << 5,  ///< polygon 2 walks the edge from V2 to V1, opposite to polygon 1
-    P1V1Classified = 1u << 6,       ///< the corner of polygon 1 at V1 has its crease vertex
+    OpenEdge = 1u << 0,            ///< only one polygon
+    BoundaryEdge = 1u << 1,        ///< silhouette edge as seen from the last viewpoint given to the facing pass
+    CreaseEdge = 1u << 2,          ///< vertices are split here
+    WeldedEdge = 1u << 3,          ///< for the users of edges; not read here
+    SmoothEdge = 1u << 4,          ///< normals run through; with CreaseEdge: a texture seam
+    EdgeOrderedProperly = 1u << 5, ///< polygon 2 walks the edge from V2 to V1, opposite to polygon 1
+    P1V1Classified = 1u << 6,      ///< the corner of polygon 1 at V1 has its crease vertex
     P1V2Classified = 1u << 7,
     P2V1Classified = 1u << 8,
     P2V2Classified = 1u << 9,
-    ClosingEdgeP1 = 1u << 10,       ///< in polygon 1 the edge ends at the first corner
+    ClosingEdgeP1 = 1u << 10, ///< in polygon 1 the edge ends at the first corner
     ClosingEdgeP2 = 1u << 11,
-    StartingEdgeP1 = 1u << 12,      ///< in polygon 1 the edge starts at the first corner
+    StartingEdgeP1 = 1u << 12, ///< in polygon 1 the edge starts at the first corner
     StartingEdgeP2 = 1u << 13,
-    FacingForward = 1u << 14,       ///< one of its polygons faces the viewpoint
-    EdgeWalkDone = 1u << 15,        ///< visited by the current VertLinkEdgeWalker
-    MtlBoundaryEdge = 1u << 16,     ///< its polygons have different materials, and it is no silhouette edge
-    AppFlagged = 1u << 17,          ///< marked by the host's tools
+    FacingForward = 1u << 14,   ///< one of its polygons faces the viewpoint
+    EdgeWalkDone = 1u << 15,    ///< visited by the current VertLinkEdgeWalker
+    MtlBoundaryEdge = 1u << 16, ///< its polygons have different materials, and it is no silhouette edge
+    AppFlagged = 1u << 17,      ///< marked by the host's tools
 };
 
 /// One undirected edge with the one or two polygons that share it. V1 to V2 is the direction in which polygon 1 walks

@@ -93,7 +93,7 @@ public:
     /// @param unused    no meaning
     VertLinkEdgeWalker(std::int32_t vert, VXEdgeList* list, VXEdge* startEdge, std::int32_t poly, bool unused);
 
-    std::int32_t NextEdgeIndex(); ///< -1 when an open edge or the start was reached
+    std::int32_t NextEdgeIndex();               ///< -1 when an open edge or the start was reached
     std::int32_t Poly() const { return mPoly; } ///< the polygon that the next step crosses
 
 private:

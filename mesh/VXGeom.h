@@ -16,12 +16,12 @@
 /// caller does not want the array. Grown as needed and owned by the caller.
 struct EDGELIST
 {
-    VERTEX* verts = nullptr;              ///< positions: record vertices, then crease vertices
-    VERTEX* vertNormals = nullptr;        ///< normals in the same order
-    T_VERTEX* uvsPerVertex = nullptr;     ///< one UV per vertex and crease vertex
-    std::int32_t* sets = nullptr;         ///< vertex index of each polygon corner, crease corners redirected
-    std::int32_t* origIndices = nullptr;  ///< original vertex of each crease vertex
-    std::int32_t numVerts = 0;            ///< record vertices
+    VERTEX* verts = nullptr;             ///< positions: record vertices, then crease vertices
+    VERTEX* vertNormals = nullptr;       ///< normals in the same order
+    T_VERTEX* uvsPerVertex = nullptr;    ///< one UV per vertex and crease vertex
+    std::int32_t* sets = nullptr;        ///< vertex index of each polygon corner, crease corners redirected
+    std::int32_t* origIndices = nullptr; ///< original vertex of each crease vertex
+    std::int32_t numVerts = 0;           ///< record vertices
     std::int32_t numCreaseVerts = 0;
 };
 
@@ -68,7 +68,7 @@ public:
     bool RebuildLists(); ///< after a change of topology: edge list and normals anew; false on failure
     GEOM* Geom() const { return mGeom; }
     bool GeomIsGeom(const GEOM* geom) const { return geom == mGeom; }
-    GEOM* StealGeom(); ///< the record, forgotten here and not freed
+    GEOM* StealGeom();                                        ///< the record, forgotten here and not freed
     void SetGeomShared(bool shared) { mGeomShared = shared; } ///< shared: the record is not freed here
     VXGeom* Clone(bool copyRecord) const; ///< a new wrapper of the same record, copied or borrowed; null on failure
     void Empty();
@@ -87,8 +87,8 @@ public:
     VERTEX* Verts() const { return mGeom ? mGeom->verts : nullptr; }
     VERTEX* Vertex(int i) const { return mGeom && mGeom->verts ? mGeom->verts + i : nullptr; } ///< unchecked index
     VERTEX* VertNormal(int i) const { return mVertNormals ? mVertNormals + i : nullptr; }      ///< unchecked index
-    std::int32_t* Sets(bool creased) const; ///< vertex index per corner; creased: with crease vertices, if there are any
-    ELEMENT* Polygon(int i) const { return mGeom->Poly(i); }                                   ///< unchecked
+    std::int32_t* Sets(bool creased) const; ///< vertex index per corner; creased: crease corners redirected
+    ELEMENT* Polygon(int i) const { return mGeom->Poly(i); } ///< unchecked
     int PolyLength(int i) const { return mGeom && i < mGeom->numPolys ? mGeom->Poly(i)->length : 0; }
     VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
     VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
@@ -97,14 +97,14 @@ public:
     bool EdgeIncludesVertex(int edge, int vert) const;
 
     // --- Polygon cursor: VXGeomCursor.cpp
-    void SetCurrentPoly(int i);        ///< out of range: no polygon is current
-    int BeginPolyVertexLoop(int i);    ///< makes polygon i current before its first corner; its length, 0 for none
-    VERTEX* NextPolyVert();            ///< next corner's position; null after the last, and then starts over
+    void SetCurrentPoly(int i);     ///< out of range: no polygon is current
+    int BeginPolyVertexLoop(int i); ///< makes polygon i current before its first corner; its length, 0 for none
+    VERTEX* NextPolyVert();         ///< next corner's position; null after the last, and then starts over
     VERTEX* CurPolyVert() const;
     VERTEX* CurPolyVertNormalPerVert() const;
     VERTEX* CurPolyVertexColorPerVert() const;
-    int CurPolyVertIndex() const;      ///< vertex index of the current corner; -1 without one
-    int CurPolyUVIndex() const;        ///< texture vertex index of the current corner; -1 without one
+    int CurPolyVertIndex() const; ///< vertex index of the current corner; -1 without one
+    int CurPolyUVIndex() const;   ///< texture vertex index of the current corner; -1 without one
     bool CurPolyIsFace() const { return mCurPoly && mCurPoly->IsFace(); }
     bool CurPolyIsLine() const { return mCurPoly && mCurPoly->type == kElementLine; }
     bool CurPolyIsPoint() const { return mCurPoly && mCurPoly->type == kElementPoint; }
@@ -112,7 +112,7 @@ public:
     int CurPolyMaterialIndex() const { return mCurPoly ? mCurPoly->material : 0; }
     void* CurrentPolyMaterial() const; ///< the host's VXMaterial, null without one
     VERTEX* CurPolyNormal() const { return mCurPoly ? PolyNormal(mCurPolyIndex) : nullptr; }
-    T_VERTEX* CurPolyTVerts() const;   ///< texture coordinate of the first corner; null without texture coordinates
+    T_VERTEX* CurPolyTVerts() const; ///< texture coordinate of the first corner; null without texture coordinates
     T_VERTEX* CurPolyTVertex(int corner) const;
     bool CurPolyTexCoords(float* u, float* v, int corner) const; ///< false, and (0, 0), without texture coordinates
     bool CurPolyVertTexCoord(float& u, float& v) const;          ///< of the current corner
@@ -152,7 +152,7 @@ public:
     // --- Edges: VXGeomEdges.cpp
     VXEdgeList& EdgeList() { return mEdgeList; }
     const VXEdgeList& EdgeList() const { return mEdgeList; }
-    int BuildEdgeList();      ///< 0, or -1 without a record or when memory ran out
+    int BuildEdgeList();       ///< 0, or -1 without a record or when memory ran out
     void ClearEdgeSmoothing(); ///< drops all crease data
 
     /// Silhouette classification for a viewpoint in object space: sets FacingForward, BoundaryEdge and MtlBoundaryEdge
@@ -160,16 +160,17 @@ public:
     void ComputeBackfacingToVertex(const VERTEX* viewpoint);
 
     // --- Normals: VXGeomNormals.cpp
-    bool ComputeAllNormals();                ///< polygon and vertex normals (creases included); false when memory ran out
+    bool ComputeAllNormals(); ///< polygon and vertex normals (creases included); false when memory ran out
     int MakeVertexNormals(EDGELIST* unused = nullptr); ///< from the polygon normals; 0, or -1 without a record
-    VERTEX* ComputeNonCreasedNormals();      ///< the vertex normals; null on failure
+    VERTEX* ComputeNonCreasedNormals();                ///< the vertex normals; null on failure
     /// Vertex normals with creases. @param normals, polyNormals arrays to use instead of the mesh's own, or null
     /// @param tangents also compute tangents beside  @return the vertex normals, null on failure
     VERTEX* ComputeCreasedNormals(VERTEX* normals = nullptr, VERTEX* polyNormals = nullptr, bool tangents = false);
     VERTEX* VertNormals() const { return mVertNormals; } ///< per vertex
     VERTEX* PolyNormals() const { return mPolyNormals; } ///< NumPolys() entries
     void CalculateWeldedNormals();
-    VERTEX* WeldedNormals(bool compute = true); ///< per vertex: the normal it would have if coincident vertices were one
+    VERTEX* WeldedNormals(
+        bool compute = true); ///< per vertex: the normal it would have if coincident vertices were one
     void ClearWeldedNormals();
     VERTEX* PolyCenters() const { return mPolyCenters; }
     void ComputePolyCenters();
@@ -186,8 +187,8 @@ public:
     float CreaseAngle() const { return mCreaseAngle; } ///< degrees
     void SetCreaseAngle(float degrees) { mCreaseAngle = degrees; }
     int NumbCreaseVerts() const { return mNumbCreaseVerts; }
-    std::int32_t* CreaseSets() const { return mCreaseSets; }      ///< vertex index per corner, crease corners redirected
-    T_VERTEX* UvsPerVertex() const { return mUvsPerVertex; }      ///< per vertex
+    std::int32_t* CreaseSets() const { return mCreaseSets; } ///< vertex index per corner, crease corners redirected
+    T_VERTEX* UvsPerVertex() const { return mUvsPerVertex; } ///< per vertex
     std::int32_t OrigCreaseIndex(int k) const { return mOrigCreaseIndex[k]; } ///< record vertex of crease vertex k
     std::int32_t* OrigCreaseIndexTable() const { return mOrigCreaseIndex; }
     int OrigVertIndex(int i) const; ///< record vertex behind any vertex index; 0 when out of range
@@ -213,7 +214,7 @@ public:
     // --- Transforms, bounds, transformed vertices, welding: VXGeomTransforms.cpp
     void Center();
     void Scale(float factor);
-    void Transform(const Mat44 m); ///< into TransformedVerts(); the record is unchanged
+    void Transform(const Mat44 m);                                 ///< into TransformedVerts(); the record is unchanged
     VERTEX* TransformedVerts() const { return mTransformedVerts; } ///< per vertex
     bool AllocTransformedVerts();
     bool GetBounds(float* minX, float* minY, float* minZ, float* maxX, float* maxY, float* maxZ, float* midX,
@@ -225,8 +226,8 @@ public:
 
     // --- Materials: VXGeomMaterials.cpp
     int NumGeomMaterials() const { return mGeom ? mGeom->NumMaterials() : 0; }
-    void* MaterialPointer(int i) const;       ///< the slot's VXMaterial, stored untyped; null out of range
-    const char* MaterialName(int i) const;    ///< null out of range
+    void* MaterialPointer(int i) const;    ///< the slot's VXMaterial, stored untyped; null out of range
+    const char* MaterialName(int i) const; ///< null out of range
     void SetMaterialPointer(int i, void* material);
     bool VerifyGeomMaterials() const { return mGeom != nullptr; }
     /// Gives `to` the material pointers of `from`, slot by slot where both have one.

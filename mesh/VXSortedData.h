@@ -20,9 +20,9 @@ struct VXSortedSet
 /// Why an edge of a drawn element is drawn, in the edge-flag words below.
 enum VXElementEdgeFlag : std::uint32_t
 {
-    kElementEdgeDrawn = 1u << 0,    ///< bit k: draw the edge that starts at corner k (k = 0 .. 3)
-    kElementEdgeCrease = 1u << 8,   ///< some edge of the element is drawn because it is a crease
-    kElementEdgeOpen = 1u << 9,     ///< ... because it has only one polygon
+    kElementEdgeDrawn = 1u << 0,     ///< bit k: draw the edge that starts at corner k (k = 0 .. 3)
+    kElementEdgeCrease = 1u << 8,    ///< some edge of the element is drawn because it is a crease
+    kElementEdgeOpen = 1u << 9,      ///< ... because it has only one polygon
     kElementEdgeMaterial = 1u << 10, ///< ... because the materials differ across it
 };
 

@@ -18,11 +18,11 @@ public:
     };
 
     VXVertSmoothingList() = default;
-    VXVertSmoothingList(const VXVertSmoothingList& other);            ///< copies every list
+    VXVertSmoothingList(const VXVertSmoothingList& other); ///< copies every list
     VXVertSmoothingList& operator=(const VXVertSmoothingList& other);
 
     void Clear();
-    bool SetSize(std::int64_t count); ///< `count` empty lists; false when memory ran out
+    bool SetSize(std::int64_t count);               ///< `count` empty lists; false when memory ran out
     bool Add(std::int64_t vert, std::int32_t poly); ///< at the tail, unless it is there; false when memory ran out
     std::int64_t Count() const { return mHeads.Count(); }
     const Node* First(std::int64_t vert) const { return mHeads[vert]; } ///< null for an empty list

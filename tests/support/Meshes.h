@@ -26,20 +26,20 @@ struct TestMesh
     GeomPtr Record() const; ///< as a mesh record; every face of type 0, smoothing word 0, material 0 named "Default"
 };
 
-TestMesh Cube();          ///< side 2 about the origin, six quads wound outwards
-TestMesh OpenBox();       ///< the cube without its top
-TestMesh Fan(int n);      ///< n triangles around vertex 0, closed
-TestMesh ConcaveL();      ///< one six-cornered polygon in the plane z = 0
-TestMesh BentQuad();      ///< one quad whose corners are not in a plane
-TestMesh MoebiusStrip(int n); ///< n quads, one boundary, no consistent winding
+TestMesh Cube();                  ///< side 2 about the origin, six quads wound outwards
+TestMesh OpenBox();               ///< the cube without its top
+TestMesh Fan(int n);              ///< n triangles around vertex 0, closed
+TestMesh ConcaveL();              ///< one six-cornered polygon in the plane z = 0
+TestMesh BentQuad();              ///< one quad whose corners are not in a plane
+TestMesh MoebiusStrip(int n);     ///< n quads, one boundary, no consistent winding
 TestMesh TwoCubesSharingAnEdge(); ///< one edge with four faces
-TestMesh Sliver();        ///< a triangle without area beside a good one
+TestMesh Sliver();                ///< a triangle without area beside a good one
 TestMesh EmptyMesh();
-TestMesh Grid(int nx, int ny);                ///< nx * ny unit quads in the plane z = 0, with UVs
+TestMesh Grid(int nx, int ny);                   ///< nx * ny unit quads in the plane z = 0, with UVs
 TestMesh Torus(int nu, int nv, bool uvs = true); ///< nu * nv quads, closed; UV seams where u and v wrap
 
 TestMesh Moved(TestMesh mesh, const VERTEX& by);
 TestMesh Scaled(TestMesh mesh, float factor);
-TestMesh Mirrored(TestMesh mesh);                    ///< x negated, winding reversed: still outwards
+TestMesh Mirrored(TestMesh mesh); ///< x negated, winding reversed: still outwards
 TestMesh Repeated(const TestMesh& mesh, int copies, const VERTEX& step); ///< separate shells
-TestMesh Shuffled(TestMesh mesh, unsigned seed);     ///< polygons and vertices in random order
+TestMesh Shuffled(TestMesh mesh, unsigned seed);                         ///< polygons and vertices in random order
