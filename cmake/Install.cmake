@@ -1,0 +1,36 @@
+# Headers, CMake package and pkg-config files. Targets install themselves (vx_target).
+
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VelmarBase)
+
+set(header_folders base engine mesh material shader draw text)
+if(TARGET VelmarHost)
+    list(APPEND header_folders host)
+endif()
+foreach(folder ${header_folders})
+    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar
+            FILES_MATCHING PATTERN "*.h" PATTERN "detail" EXCLUDE PATTERN "platform" EXCLUDE)
+endforeach()
+install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar
+        FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT VelmarBaseTargets NAMESPACE Velmar:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/VelmarBaseConfig.cmake.in ${PROJECT_BINARY_DIR}/VelmarBaseConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VelmarBaseConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VelmarBaseConfig.cmake ${PROJECT_BINARY_DIR}/VelmarBaseConfigVersion.cmake
+        DESTINATION ${package_dir})
+
+# For builds without CMake: one .pc file, its library flags naming what was built.
+set(pc_libs "-lVelmarBase -lFenwickBase")
+if(TARGET VelmarHost)
+    set(pc_libs "-lVelmarHost ${pc_libs}")
+endif()
+set(pc_private "")
+if(NOT BUILD_SHARED_LIBS)
+    set(pc_private "Requires.private: zlib pugixml")
+endif()
+configure_file(cmake/velmarbase.pc.in ${PROJECT_BINARY_DIR}/velmarbase.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/velmarbase.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
