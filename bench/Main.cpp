@@ -1,0 +1,131 @@
+// Runs the benchmarks and says what they mean: for each piece of work how many times as fast as the public library that
+// was measured in the same run. Absolute times are printed too, but mean little on a shared machine.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace
+{
+struct RatioRow
+{
+    const char* work;
+    std::vector<const char*> ours;  ///< times are added
+    std::vector<const char*> peers; ///< times are added
+    double mustReach;
+};
+
+// Names are those of the benchmarks themselves; a row whose benchmarks did not run is left out.
+const std::vector<RatioRow> kRatios = {
+    {"OBJ text to record / tinyobjloader", {"ObjRead/velmar"}, {"ObjRead/tinyobjloader"}, 4.5},
+    {"edge list / OpenMesh half-edges", {"Edges/velmar"}, {"Edges/openmesh"}, 1.6},
+    {"edge list / OpenMesh, random order", {"Edges/velmar-shuffled"}, {"Edges/openmesh-shuffled"}, 1.6},
+    {"normals / OpenMesh update_normals", {"Normals/velmar"}, {"Normals/openmesh"}, 4},
+    {"normals / bare loop", {"Normals/velmar"}, {"Normals/bare-loop"}, 1 / 1.5},
+    {"creases and normals / assimp", {"Creases/velmar"}, {"Creases/assimp"}, 12},
+    {"read, wrap, edges, creases, normals / tinyobjloader + OpenMesh",
+     {"Whole/velmar"},
+     {"ObjRead/tinyobjloader", "Edges/openmesh", "Normals/openmesh"},
+     1},
+};
+
+/// Keeps the median of every benchmark while the console shows them.
+class RatioReporter : public benchmark::ConsoleReporter
+{
+public:
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs)
+            if (!run.error_occurred && (run.run_type == Run::RT_Iteration || run.aggregate_name == "median"))
+                mMedian[run.run_name.function_name] = run;
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    void Finalize() override
+    {
+        PrintRatios();
+        PrintScaling();
+        PrintMemory();
+    }
+
+private:
+    double Sum(const std::vector<const char*>& names) const
+    {
+        double sum = 0;
+        for (const char* name : names)
+        {
+            const auto found = mMedian.find(name);
+            if (found == mMedian.end())
+                return 0;
+            sum += Seconds(found->second);
+        }
+        return sum;
+    }
+
+    static double Seconds(const Run& run)
+    {
+        return run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+    }
+
+    void PrintRatios() const
+    {
+        std::printf("\n%-64s %8s %8s\n", "times as fast as (medians of this run)", "ratio", "bar");
+        for (const RatioRow& row : kRatios)
+        {
+            const double ours = Sum(row.ours), peers = Sum(row.peers);
+            if (ours > 0 && peers > 0)
+                std::printf("%-64s %8.2f %8.2f%s\n", row.work, peers / ours, row.mustReach,
+                            peers / ours < row.mustReach ? "  below" : "");
+        }
+    }
+
+    /// Benchmarks named ".../n" and ".../2n" are the same work at one size and at twice that size.
+    void PrintScaling() const
+    {
+        bool first = true;
+        for (const auto& [name, run] : mMedian)
+        {
+            if (!name.ends_with("/n"))
+                continue;
+            const std::string stem = name.substr(0, name.size() - 1);
+            const auto twice = mMedian.find(stem + "2n");
+            if (twice == mMedian.end())
+                continue;
+            if (first)
+                std::printf("\n%-64s %8s %8s\n", "time for 2n over time for n", "ratio", "bar");
+            first = false;
+            const double ratio = Seconds(twice->second) / Seconds(run);
+            std::printf("%-64s %8.2f %8.2f%s\n", stem.c_str(), ratio, 2.6, ratio > 2.6 ? "  above" : "");
+        }
+    }
+
+    void PrintMemory() const
+    {
+        for (const auto& [name, run] : mMedian)
+            for (const auto& [counter, value] : run.counters)
+                if (counter.starts_with("bytes"))
+                    std::printf("%-64s %8.0f\n", (name + ": " + counter).c_str(), double(value));
+    }
+
+    std::map<std::string, Run> mMedian;
+};
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string repetitions = "--benchmark_repetitions=5", aggregates = "--benchmark_report_aggregates_only=true";
+    arguments.insert(arguments.begin() + 1,
+                     {repetitions.data(), aggregates.data()}); // the caller's own come later and win
+    int count = int(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 2;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}
