@@ -43,10 +43,13 @@ struct ELEMENT
     std::uint32_t GroupWord(std::int64_t w) const
     {
         std::uint32_t word;
-        std::memcpy(&word, groupBits + 4 * w, 4);
+        std::memcpy(&word, reinterpret_cast<const std::uint8_t*>(this) + 15 + 4 * w, 4); // groupBits, past its end
         return word;
     }
-    void SetGroupWord(std::int64_t w, std::uint32_t word) { std::memcpy(groupBits + 4 * w, &word, 4); }
+    void SetGroupWord(std::int64_t w, std::uint32_t word)
+    {
+        std::memcpy(reinterpret_cast<std::uint8_t*>(this) + 15 + 4 * w, &word, 4);
+    }
     bool IsFace() const { return type == kElementFace || type == kElementFaceAlso; }
     bool IsHidden() const { return (flags & kElementHidden) != 0; }
 };
