@@ -1,0 +1,7 @@
+#include "shader/VXShaderCompiler.h"
+
+int VXShaderCompiler::smNumActivations = 0;
+
+VXShaderCompiler::~VXShaderCompiler() = default;
+
+void VXShaderCompiler::PrepareForDrawScene() {}
