@@ -51,6 +51,10 @@ public:
 
     std::int64_t Count() const { return mEntries.Count() - mGaps; }
     bool IsEmpty() const { return Count() == 0; }
+    std::size_t MemoryUsed() const ///< bytes, capacities included
+    {
+        return std::size_t(mEntries.Capacity()) * sizeof(Entry) + std::size_t(mSlots.Capacity()) * sizeof(std::int32_t);
+    }
 
     /// Sets or replaces. False when memory ran out; the map is then empty.
     bool Set(const Key& key, const Value& value)

@@ -43,6 +43,10 @@ public:
         return ::new (static_cast<void*>(entries + std::size_t(mUsed++) * sizeof(T))) T();
     }
     std::int64_t Count() const { return mCount; }
+    std::size_t MemoryUsed() const ///< bytes of all blocks
+    {
+        return mLast ? std::size_t((mCount + mBlockSize - 1) / mBlockSize) * BlockBytes() : 0;
+    }
     void FreeAll()
     {
         while (mLast)

@@ -52,7 +52,7 @@ class VELMAR_EXPORT VXGeom
 {
 public:
     // --- Construction, ownership, sizes: VXGeom.cpp
-    VXGeom();
+    VXGeom() = default;
     explicit VXGeom(const GEOM* geom);   ///< owns a copy; the caller keeps its record
     explicit VXGeom(const VXGeom* geom); ///< takes no record: only a wrapper like any new one
     virtual ~VXGeom();
@@ -62,20 +62,27 @@ public:
     VXGeom(const VXGeom& other) = default;
     VXGeom& operator=(const VXGeom& other) = default;
 
-    /// Takes a record and derives edge list and normals. @param copy true: an owned copy is taken; false: the record
-    /// itself is held and stays the caller's. Null empties the wrapper. @return 0, or -1 on failure
+    /// Takes a record and derives edge list and normals; what was held and derived before is dropped.
+    /// @param geom null empties the wrapper
+    /// @param copy true: an owned copy is taken, also of the record already held; false: the record itself is held and
+    ///             stays the caller's, and the record already held changes nothing
+    /// @return 0, or -1 on failure: without a record when no copy could be made, else with what could be derived
     int SetGeom(GEOM* geom, bool copy);
-    bool RebuildLists(); ///< after a change of topology: edge list and normals anew; false on failure
+    bool RebuildLists(); ///< after a change of topology: repairs, edge list and normals anew; false on failure
     GEOM* Geom() const { return mGeom; }
     bool GeomIsGeom(const GEOM* geom) const { return geom == mGeom; }
-    GEOM* StealGeom();                                        ///< the record, forgotten here and not freed
+    GEOM* StealGeom(); ///< the record, forgotten here and not freed; what was derived from it is dropped
     void SetGeomShared(bool shared) { mGeomShared = shared; } ///< shared: the record is not freed here
-    VXGeom* Clone(bool copyRecord) const; ///< a new wrapper of the same record, copied or borrowed; null on failure
-    void Empty();
+    /// A new wrapper of the same record, copied or borrowed, with the same flags and crease angle, derived anew. Null
+    /// on failure; a wrapper without a record gives one without a record.
+    VXGeom* Clone(bool copyRecord) const;
+    void Empty(); ///< empties the record and drops all that is derived from it; the record itself stays
 
     /// Gives the record its sizes: `verts` vertices, `polys` polygons, `corners` corners and `texVerts` texture
     /// vertices (as many texture corners as corners when there are any; 0 drops texture coordinates). An owned record
-    /// is made when there is none. @return 0, or -1 when memory ran out
+    /// is made when there is none. Both normal arrays, unless external, and TransformedVerts(), where present, get
+    /// `verts` entries: passes that write per polygon size their array themselves. Edge list and creases are out of
+    /// date afterwards: RebuildLists. @return 0, or -1 when memory ran out
     int SetSizeFor(int verts, int polys, int corners, int texVerts);
 
     int NumPolys() const { return mGeom ? mGeom->numPolys : 0; }
@@ -88,13 +95,13 @@ public:
     VERTEX* Vertex(int i) const { return mGeom && mGeom->verts ? mGeom->verts + i : nullptr; } ///< unchecked index
     VERTEX* VertNormal(int i) const { return mVertNormals ? mVertNormals + i : nullptr; }      ///< unchecked index
     std::int32_t* Sets(bool creased) const; ///< vertex index per corner; creased: crease corners redirected
-    ELEMENT* Polygon(int i) const { return mGeom->Poly(i); } ///< unchecked
+    ELEMENT* Polygon(int i) const { return mGeom ? mGeom->Poly(i) : nullptr; } ///< unchecked index
     int PolyLength(int i) const { return mGeom && i < mGeom->numPolys ? mGeom->Poly(i)->length : 0; }
     VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
     VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
-    std::uint32_t PolySmoothingGroup(int i) const; ///< word 0 of the polygon's group bits; 0 out of range
-    bool PolyIncludesVertex(int poly, int vert) const;
-    bool EdgeIncludesVertex(int edge, int vert) const;
+    std::uint32_t PolySmoothingGroup(int i) const;     ///< word 0 of the polygon's group bits; 0 out of range
+    bool PolyIncludesVertex(int poly, int vert) const; ///< vert: of the record
+    bool EdgeIncludesVertex(int edge, int vert) const; ///< vert: of the record
 
     // --- Polygon cursor: VXGeomCursor.cpp
     void SetCurrentPoly(int i);     ///< out of range: no polygon is current
@@ -133,7 +140,7 @@ public:
     bool GeomChanged() const { return Flag(GeomFlag::GeomChanged); }
     void SetGeomChanged(bool on) { SetFlag(GeomFlag::GeomChanged, on); }
     bool UseExternalNormals() const { return Flag(GeomFlag::UseExternalNormals); }
-    void SetUseExternalNormals(bool on) { SetFlag(GeomFlag::UseExternalNormals, on); }
+    void SetUseExternalNormals(bool on); ///< off also forgets the host's arrays, which may be no handles
     bool DataSorted() const { return Flag(GeomFlag::DataSorted); }
     void SetDataSorted(bool on) { SetFlag(GeomFlag::DataSorted, on); }
     bool TransparentParts() const { return Flag(GeomFlag::TransparentParts); }
@@ -177,9 +184,12 @@ public:
     void ComputePolyCentroids(VERTEX* out, T_VERTEX* texOut) const; ///< into the caller's arrays of NumPolys() entries
     void ClearPolyCenters();
     VXVertSmoothingList& VertSmoothingList() { return mVertSmoothingList; }
+    const VXVertSmoothingList& VertSmoothingList() const { return mVertSmoothingList; }
     void BuildVertSmoothList();
-    void SetExternalVertexNormals(VERTEX* normals) { mVertNormals = normals; } ///< with SetUseExternalNormals(true)
-    void SetExternalPolyNormals(VERTEX* normals) { mPolyNormals = normals; }
+    // The host's normals, with SetUseExternalNormals(true): before or after, an own array is freed. NumVerts(true) and
+    // NumPolys() entries.
+    void SetExternalVertexNormals(VERTEX* normals) { LendNormals(mVertNormals, mLentVertNormals, normals); }
+    void SetExternalPolyNormals(VERTEX* normals) { LendNormals(mPolyNormals, mLentPolyNormals, normals); }
     void SetExternalVertexColors(VERTEX* colors) { mVertexColors = colors; }
     VERTEX* VertexColors() const { return mVertexColors; }
 
@@ -216,13 +226,21 @@ public:
     void Scale(float factor);
     void Transform(const Mat44 m);                                 ///< into TransformedVerts(); the record is unchanged
     VERTEX* TransformedVerts() const { return mTransformedVerts; } ///< per vertex
-    bool AllocTransformedVerts();
+    bool AllocTransformedVerts(); ///< gives it NumVerts(true) entries; false when memory ran out
+
+    /// Lets an array of NumVerts(true) entries stand in for the record's vertices until the matching
+    /// RestoreOrigVertArray. The record's access mutex is held in between, so other threads that do the same wait.
+    /// Pairs may nest: the first saved array is the one that comes back, with the first restore. In between the record
+    /// must not be resized, and `verts` stays the caller's.
+    void SetTemporaryVertArray(VERTEX* verts);
+    void RestoreOrigVertArray();
+
     bool GetBounds(float* minX, float* minY, float* minZ, float* maxX, float* maxY, float* maxZ, float* midX,
                    float* midY, float* midZ) const; ///< false, and zeros, without a record
     void Weld(float tolerance); ///< merges vertices and derives everything anew; the tolerance stays set
     BArray<VERTEX>& RefPoints() { return mRefPoints; }
-    void FillRefPoints(const VERTEX* points, int count);
-    void FillRefPointsFromFloatBuffer(const float* xyz, int count);
+    void FillRefPoints(const VERTEX* points, int count); ///< null: count points, those that are new at the origin
+    void FillRefPointsFromFloatBuffer(const float* xyz, int count); ///< the same from count packed triples
 
     // --- Materials: VXGeomMaterials.cpp
     int NumGeomMaterials() const { return mGeom ? mGeom->NumMaterials() : 0; }
@@ -234,6 +252,9 @@ public:
     static void CopyMaterialPointersSynced(const VXGeom* from, VXGeom* to);
 
     // --- Sorted drawing data: VXGeomSort.cpp
+
+    /// Sorts what is drawn (not hidden, at least two corners, faces at least three) by kind and material. Afterwards
+    /// DataSorted() is true; when memory ran out it is false and every bucket empty.
     void SortGeomData();
     const VXSortedBucket& Sorted(VXElementKind kind) const { return mSorted[int(kind)]; }
     void ClearSortedData();
@@ -243,37 +264,44 @@ public:
     int ReadWavefront(const char* path, GEOM_ProgressProc progress = nullptr, GEOM_ReadReport* report = nullptr);
 
 private:
-    void InitMembers();
+    void DropDerived(); // what no rebuild of edges and normals replaces by itself
+    void DropEdges();
+    bool FillSortedData(); // false when memory ran out
+    void PutVertsBack();   // ends the stand-in of a temporary vertex array
+    static void LendNormals(VERTEX*& normals, VERTEX*& lent, VERTEX* hosts);
+    const GEOM_TexPoly* CurTexPoly(int corner) const;
 
-    GEOM* mGeom;
-    ELEMENT* mCurPoly;
-    GEOM_TexPoly* mCurTexPoly;
-    VERTEX* mSavedVerts; ///< the record's own vertices while a temporary array stands in
-    VERTEX* mTransformedVerts;
-    VERTEX* mVertNormals;
-    VERTEX* mPolyNormals;
-    VERTEX* mPolyCenters;
-    VERTEX* mVertexColors; ///< borrowed
+    GEOM* mGeom = nullptr; ///< owned unless mGeomShared
+    ELEMENT* mCurPoly = nullptr;
+    GEOM_TexPoly* mCurTexPoly = nullptr; ///< null when the current polygon has no texture coordinates
+    VERTEX* mSavedVerts = nullptr;       ///< the record's own vertices while a temporary array stands in
+    VERTEX* mTransformedVerts = nullptr;
+    VERTEX* mVertNormals = nullptr;     ///< ours, or the same as mLentVertNormals
+    VERTEX* mPolyNormals = nullptr;     ///< ours, or the same as mLentPolyNormals
+    VERTEX* mLentVertNormals = nullptr; ///< the host's
+    VERTEX* mLentPolyNormals = nullptr; ///< the host's
+    VERTEX* mPolyCenters = nullptr;
+    VERTEX* mVertexColors = nullptr; ///< borrowed
     BArray<VERTEX> mRefPoints;
-    VERTEX* mWeldedNormals;
-    std::int32_t* mPolySetStart;
-    std::int32_t* mPolyNormalSetStart;
-    std::int32_t* mPolyUVSetStart;
-    std::int32_t mCurPolyIndex;
-    std::uint32_t mFlags;
-    float mCreaseAngle; ///< degrees
+    VERTEX* mWeldedNormals = nullptr;
+    std::int32_t* mPolySetStart = nullptr;
+    std::int32_t* mPolyNormalSetStart = nullptr;
+    std::int32_t* mPolyUVSetStart = nullptr;
+    std::int32_t mCurPolyIndex = 0;
+    std::uint32_t mFlags = std::uint32_t(GeomFlag::UseCreaseAngle) | std::uint32_t(GeomFlag::GenerateCreases);
+    float mCreaseAngle = 80; ///< degrees
     VXEdgeList mEdgeList;
-    std::int32_t mCurCorner; ///< -1: loop not started or ended
-    std::int32_t mCurPolyLength;
-    bool mGeomShared;
+    std::int32_t mCurCorner = -1; ///< -1: loop not started or ended
+    std::int32_t mCurPolyLength = 0;
+    bool mGeomShared = false;
     BArray<int> mSubdivPolyRemapTable;
     BArray<int> mSubdivVertRemapTable;
     VXVertSmoothingList mVertSmoothingList;
     VXSortedBucket mSorted[kNumElementKinds];
-    T_VERTEX* mUvsPerVertex;
-    std::int32_t* mCreaseSets;
-    std::int32_t* mOrigCreaseIndex;
-    std::int32_t mNumbCreaseVerts;
+    T_VERTEX* mUvsPerVertex = nullptr;
+    std::int32_t* mCreaseSets = nullptr;
+    std::int32_t* mOrigCreaseIndex = nullptr;
+    std::int32_t mNumbCreaseVerts = 0;
 
     static bool mObeyNormals;
     static int smGenCreaseMethod;
