@@ -6,9 +6,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
-/// A file read or written as bytes. With the compression setting on (the default for reading), gzip-compressed files
-/// read as their contents and plain ones as they are. Not copyable; closes itself. Failures are negative or false.
+/// A file read or written as bytes. Unless the compression setting is switched off, gzip-compressed files read as their
+/// contents and plain ones as they are; what is written is compressed only when it is switched on. Not copyable. A file
+/// that is not closed is closed by the destructor, in WriteAtomic mode without touching the target.
+/// Failures are negative, and LastError says why in words. One thread at a time.
 class FENWICK_EXPORT BFile
 {
 public:
@@ -18,7 +21,8 @@ public:
         Write, ///< created or truncated
         Append,
         WriteAtomic, ///< written to a temporary name in the same folder; Close renames it over the target, a file that
-                     ///< was never closed with success leaves the target as it was
+                     ///< was never closed with success leaves the target as it was. Devices and pipes, which cannot
+                     ///< be replaced, are written directly
     };
 
     explicit BFile(const BPath& path);
@@ -26,10 +30,11 @@ public:
     BFile(const BFile&) = delete;
     BFile& operator=(const BFile&) = delete;
 
-    bool Compression() const { return mCompression; }
-    void SetCompression(bool on) { mCompression = on; } ///< before Open; when writing: makes gzip output
+    /// Before Open. Reading: gzip data is recognised and read as its contents. Writing: makes gzip output.
+    void SetCompression(bool on) { mCompression = on ? Setting::On : Setting::Off; }
+    bool Compression() const { return mCompression != Setting::Off; }
 
-    /// 0, or -1; LastError then says why in words ("no such file", "is a folder", "permission denied").
+    /// 0, or -1; LastError then says why ("no such file", "is a folder", "permission denied").
     int Open(Mode mode);
     int Close();    ///< 0, or -1 when buffered data could not be written; closing twice is harmless
     void Discard(); ///< closes and, in WriteAtomic mode, removes what was written
@@ -51,5 +56,10 @@ private:
     Impl* mImpl = nullptr;
     BPath mPath;
     BString mLastError;
-    bool mCompression = true;
+    enum class Setting
+    {
+        Unset, ///< reading as On, writing as Off
+        On,
+        Off,
+    } mCompression = Setting::Unset;
 };

@@ -4,6 +4,9 @@
 #include "FenwickExport.h"
 #include "base/Vertex.h"
 
+#include <bit>
+#include <cstdint>
+
 /// @file
 /// 4x4 float matrices as plain arrays `float[4][4]`: row vectors (p' = p M), so the translation is row 3, and a chain
 /// of matrices reads left to right in the order in which they apply.
@@ -40,7 +43,17 @@ FENWICK_EXPORT void MAT_Perspective(Mat44 out, float fovY, float aspect, float z
 FENWICK_EXPORT void MAT_Ortho(Mat44 out, float halfWidth, float halfHeight, float zNear, float zFar);
 
 /// 1 / sqrt(x) by a bit-level first guess and three Newton steps in float: the same bits on every machine, relative
-/// error below 3e-7, finite for 0 (so that scaling a zero vector by it gives zero). NaN for NaN.
-FENWICK_EXPORT float MATH_FastSqrtInv(float x);
+/// error below 3e-7, finite for 0 (so that scaling a zero vector by it gives zero). NaN for NaN. Inline, because the
+/// kernels call it once for each vertex or polygon.
+inline float MATH_FastSqrtInv(float x)
+{
+    const float half = 0.5f * x;
+    // The constant minimises the largest error of the guess; see Lomont, "Fast inverse square root", 2003.
+    float y = std::bit_cast<float>(0x5F375A86u - (std::bit_cast<std::uint32_t>(x) >> 1));
+    // half * y * y reads left to right: y * y alone is infinite for 0.
+    y = y * (1.5f - half * y * y);
+    y = y * (1.5f - half * y * y);
+    return y * (1.5f - half * y * y);
+}
 
 FENWICK_EXPORT double MATH_atan2(double y, double x);

@@ -24,16 +24,21 @@ FENWICK_EXPORT void* MEM_Alloc(std::size_t entrySize, std::size_t count);
 /// As MEM_Alloc, every byte zero.
 FENWICK_EXPORT void* MEM_Calloc(std::size_t entrySize, std::size_t count);
 
-/// Changes the count. Entries below the smaller count keep their bytes, new ones are zero. Storage grows geometrically
-/// and is kept when the count shrinks. Returns the possibly moved handle; null when memory ran out, and then the old
-/// handle is still valid and unchanged. Null stays null: its entry size is not known.
+/// Changes the count. Entries below the smaller count keep their bytes, new ones are zero. The first growth is exact,
+/// later ones are geometric; storage is kept when the count shrinks. Returns the possibly moved handle; null when
+/// memory ran out, and then the old handle is still valid and unchanged. Null stays null: its entry size is not known.
 FENWICK_EXPORT void* MEM_Resize(void* handle, std::size_t count);
 
 /// Makes room for at least `capacity` entries without changing the count, exactly as much as asked for. Returned value
 /// as MEM_Resize.
 FENWICK_EXPORT void* MEM_Reserve(void* handle, std::size_t capacity);
 
-/// Appends `count` entries read from `entries`. Returned value as MEM_Resize.
+/// Changes the count within the capacity and leaves new entries as they are, for those who write them in full. False,
+/// with nothing changed, when the capacity is too small or the handle null.
+FENWICK_EXPORT bool MEM_SetCount(void* handle, std::size_t count);
+
+/// Appends `count` entries read from `entries`, which may lie in the handle itself. Growth is geometric. Returned value
+/// as MEM_Resize.
 FENWICK_EXPORT void* MEM_Append(void* handle, const void* entries, std::size_t count);
 
 /// A copy with the same entry size and count. Null for null, or when memory ran out.
@@ -98,8 +103,8 @@ template <class T>
 bool MEM_SizeArrayForWriting(T*& handle, std::size_t count)
 {
     static_assert(std::is_trivially_copyable_v<T>, "handles are moved bytewise");
-    if (handle && MEM_Capacity(handle) >= count)
-        return MEM_SizeArray(handle, count);
+    if (MEM_SetCount(handle, count))
+        return true;
     T* const fresh = MEM_AllocArray<T>(count);
     if (!fresh)
         return false;
