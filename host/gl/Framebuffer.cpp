@@ -1,0 +1,128 @@
+#include "host/gl/Framebuffer.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+
+namespace vx
+{
+static GLuint NewStorage(GLenum format, int width, int height, int samples)
+{
+    GLuint buffer = 0;
+    glGenRenderbuffers(1, &buffer);
+    glBindRenderbuffer(GL_RENDERBUFFER, buffer);
+    if (samples > 1)
+        glRenderbufferStorageMultisample(GL_RENDERBUFFER, samples, format, width, height);
+    else
+        glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
+    glBindRenderbuffer(GL_RENDERBUFFER, 0);
+    return buffer;
+}
+
+int Framebuffer::LargestSide()
+{
+    GLint side = 0, viewport[2] = {};
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &side);
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
+    return std::min({int(side), int(viewport[0]), int(viewport[1])});
+}
+
+BString Framebuffer::Create(int width, int height, int samples)
+{
+    if (mDrawBuffer && width == mWidth && height == mHeight && samples == mWishedSamples)
+        return {};
+    Release();
+    if (width < 1 || height < 1 || width > LargestSide() || height > LargestSide())
+        return BString::Format("a picture of %d x %d pixels cannot be drawn here: 1 to %d a side", width, height,
+                               LargestSide());
+    GLint most = 0;
+    glGetIntegerv(GL_MAX_SAMPLES, &most);
+    mWidth = width;
+    mHeight = height;
+    mWishedSamples = samples;
+    mSamples = std::clamp(samples, 1, std::max(int(most), 1));
+    mColour = NewStorage(GL_RGBA8, width, height, mSamples);
+    mDepth = NewStorage(GL_DEPTH24_STENCIL8, width, height, mSamples);
+    glGenFramebuffers(1, &mDrawBuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, mColour);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, mDepth);
+    bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+    if (mSamples > 1)
+    {
+        mResolved = NewStorage(GL_RGBA8, width, height, 1);
+        glGenFramebuffers(1, &mReadBuffer);
+        glBindFramebuffer(GL_FRAMEBUFFER, mReadBuffer);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, mResolved);
+        complete = complete && glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+    }
+    if (glGetError() == GL_OUT_OF_MEMORY || !complete)
+    {
+        Release();
+        return BString::Format("no graphics memory for a picture of %d x %d pixels", width, height);
+    }
+    Bind();
+    return {};
+}
+
+void Framebuffer::Release()
+{
+    if (mDrawBuffer)
+    {
+        const GLuint frames[] = {mDrawBuffer, mReadBuffer};
+        const GLuint buffers[] = {mColour, mDepth, mResolved};
+        glDeleteFramebuffers(2, frames); // zeros are skipped
+        glDeleteRenderbuffers(3, buffers);
+    }
+    mDrawBuffer = mReadBuffer = mColour = mDepth = mResolved = 0;
+    mWidth = mHeight = mSamples = mWishedSamples = 0;
+}
+
+void Framebuffer::Bind()
+{
+    glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
+    glViewport(0, 0, mWidth, mHeight);
+}
+
+// Drawing blends into a transparent target, which leaves colours multiplied by alpha; files want them divided.
+static void DivideByAlpha(std::uint8_t* pixel)
+{
+    const unsigned alpha = pixel[3];
+    if (alpha == 255)
+        return;
+    for (int c = 0; c < 3; ++c)
+        pixel[c] = alpha ? std::uint8_t(std::min(255u, (pixel[c] * 255u + alpha / 2) / alpha)) : std::uint8_t(0);
+}
+
+PicturePtr Framebuffer::ReadBack(bool keepAlpha)
+{
+    PicturePtr picture(CPB_Offscreen::Create(mWidth, mHeight, 32, true, keepAlpha));
+    if (!picture)
+        return nullptr;
+    if (mReadBuffer)
+    {
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, mDrawBuffer);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mReadBuffer);
+        glBlitFramebuffer(0, 0, mWidth, mHeight, 0, 0, mWidth, mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+        glBindFramebuffer(GL_FRAMEBUFFER, mReadBuffer);
+    }
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, mWidth, mHeight, GL_RGBA, GL_UNSIGNED_BYTE, picture->Pixels());
+    glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
+
+    for (int y = 0; y < mHeight / 2; ++y) // OpenGL's first row is the lowest
+        std::swap_ranges(picture->Row(y), picture->Row(y) + picture->RowBytes(), picture->Row(mHeight - 1 - y));
+    for (int y = 0; y < mHeight; ++y)
+    {
+        std::uint8_t* pixel = picture->Row(y);
+        for (int x = 0; x < mWidth; ++x, pixel += 4)
+        {
+            if (keepAlpha)
+                DivideByAlpha(pixel);
+            else
+                pixel[3] = 255;
+        }
+    }
+    return picture;
+}
+} // namespace vx
