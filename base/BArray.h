@@ -77,8 +77,30 @@ public:
 
     // --- Growing: false when memory ran out, and then the array is empty
 
-    bool Append(const T& value) { return Insert(mCount, value); }
-    bool Append(T&& value) { return Insert(mCount, std::move(value)); }
+    bool Append(const T& value)
+    {
+        if (mCount == mCapacity)
+            return Insert(mCount, value);
+        ::new (static_cast<void*>(mData + mCount)) T(value);
+        ++mCount;
+        return true;
+    }
+    bool Append(T&& value)
+    {
+        if (mCount == mCapacity)
+            return Insert(mCount, std::move(value));
+        ::new (static_cast<void*>(mData + mCount)) T(std::move(value));
+        ++mCount;
+        return true;
+    }
+
+    /// As Append, but when memory fails the entries stay: for lists whose loss would leave links dangling.
+    bool AppendOrKeep(const T& value)
+    {
+        if (mCount == mCapacity && !Reallocate(GrownCapacity(mCount + 1), true))
+            return false;
+        return Append(value);
+    }
 
     /// Inserts before `at` (0 .. Count()).
     bool Insert(std::int64_t at, T value)
@@ -191,11 +213,12 @@ public:
     }
 
 private:
-    bool Grow(std::int64_t needed)
+    std::int64_t GrownCapacity(std::int64_t needed) const
     {
         const std::int64_t first = mCapacity == 0 ? mInitialCapacity : 0;
-        return Reallocate(std::max({needed, first, mCapacity + std::max(mGrowthStep, mCapacity / 2)}));
+        return std::max({needed, first, mCapacity + std::max(mGrowthStep, mCapacity / 2)});
     }
+    bool Grow(std::int64_t needed) { return Reallocate(GrownCapacity(needed)); }
 
     bool Reallocate(std::int64_t capacity, bool keepOnFailure = false)
     {

@@ -17,7 +17,9 @@ public:
     void AddDependent(BDependentProvider* dependent);    ///< once, however often it is called; null is ignored
     void RemoveDependent(BDependentProvider* dependent); ///< nothing when it is not one
     bool HasDependent(const BDependentProvider* dependent) const;
-    void MessageDependents(int message, void* data); ///< calls ProcessProviderMessage on each, in order of adding
+    /// Calls ProcessProviderMessage on each, in order of adding. They may be added and removed meanwhile; those added
+    /// are not called. The provider must outlive the call.
+    void MessageDependents(int message, void* data);
 
     /// A provider of this object is being destroyed. Overriders call the base version, which forgets it.
     virtual void DeletingProvider(BDependentProvider* provider);
@@ -26,6 +28,7 @@ public:
     virtual void ProcessProviderMessage(BDependentProvider* provider, int message, void* data);
 
 private:
-    BArray<BDependentProvider*> mDependents;
+    BArray<BDependentProvider*> mDependents; ///< null where one was removed while being messaged
     BArray<BDependentProvider*> mProviders;
+    int mMessaging = 0; ///< depth of MessageDependents
 };

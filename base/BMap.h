@@ -64,9 +64,10 @@ public:
             entry->value = value;
             return true;
         }
+        Entry added{key, value, true}; // before entries move, since key and value may be references into the map
         if ((mEntries.Count() + 1) * 2 > mSlots.Count() && !Rehash())
             return false;
-        if (!mEntries.Append(Entry{key, value, true}))
+        if (!mEntries.Append(std::move(added)))
         {
             Empty();
             return false;

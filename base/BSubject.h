@@ -31,9 +31,12 @@ public:
     BSubject& operator=(const BSubject&) = delete;
     void Attach(BObserver* observer); ///< once, however often it is called; null is ignored
     void Detach(BObserver* observer);
-    void Notify(int message); ///< calls Update on each attached observer, in order of attaching
+    /// Calls Update on each attached observer, in order of attaching. Those attached meanwhile are not called. The
+    /// subject must outlive the call.
+    void Notify(int message);
 
 private:
     friend class BObserver;
-    BArray<BObserver*> mObservers;
+    BArray<BObserver*> mObservers; ///< null where one was detached while being notified
+    int mNotifying = 0;            ///< depth of Notify
 };
