@@ -73,5 +73,6 @@ private:
 };
 
 /// Fits the aspect ratio of `content` into `frame`, centred: the largest such rectangle in whole pixels. Heights below
-/// 1 count as 1. When the arithmetic has no finite answer (a content without width), the result is the frame.
+/// 1 count as 1. When the arithmetic has no finite answer (neither has a width), the result is the frame. `result` may
+/// be one of the two.
 VELMAR_EXPORT void ComputeInset(const CPB_Rect& frame, const CPB_Rect& content, CPB_Rect& result);

@@ -188,7 +188,8 @@ public:
     /// Restores it: once, at the end of every frame that began.
     virtual void EndFrameState() {}
     virtual void SetFrameMultisample(bool /*on*/) {} ///< on with the frame, off before wires and lines
-    /// The whole of a frame in styled mode (the scene style has Pick): set pass 2 and call DrawScenePolys.
+    /// The whole of a frame in styled mode (the scene style has Pick): set pass 2 and call DrawScenePolys. The draw
+    /// pass is put back afterwards.
     /// @return what DrawScene answers
     virtual int DrawStyledScene(VXScene* /*scene*/) { return 0; }
     virtual void PrepareScene(VXScene* /*scene*/) {} ///< boxes are current: set projection, fog, lights, shadow maps
@@ -330,38 +331,60 @@ protected:
 private:
     // The steps of a frame, in order: VXSceneDrawEngine.cpp
     bool EnterFrame(VXScene* scene, float camera[4][4]);
+    int DrawInStyledMode();
     void KeepShadersCurrent();
+    void SwitchShading();
+    bool SceneWantsShading() const;
+    void UpdateShaders();
     void MarkShadersStaleOnModeChange();
+    bool EffectOn();
     void DrawBackgroundLayer();
     void DrawPolyPasses();
+    void DrawPolyPass(DrawPassType pass, bool silhouette, bool dropShadow);
     void DrawElementPasses();
     void FinishEffect();
     void DrawLateHaberlines();
     void DrawOverlayLayer();
 
+    // Objects: every pass visits them the same way, and draws each by its own step
+    using ObjectStep = void (VXSceneDrawEngine::*)(VXObject& object);
+    void VisitObjects(ObjectStep step);
+    void VisitFarthestFirst(ObjectStep step);
+    void VisitObject(int index, ObjectStep step);
+    bool TakesPart(const VXObject& object) const;
+    float DistanceFromEye(const VXObject& object) const;
+    bool TakeGeom(const VXObject& object, int index);
+
     // Polygons
-    void DrawPolysOfObject(VXObject* object);
-    void DrawInDropShadow(VXObject* object);
-    bool DrawsOnlyTransparent() const;
-    bool WantsRun(const VXElementBatch& run) const;
-    void DrawRun(VXElementBatch& run);
-    void DrawLayers(VXElementBatch& run);
-    void SetGeometryArrays(VXGeom* geom, VXMaterial* mode);
+    void DrawPolysOfObject(VXObject& object);
+    bool HasWantedRun(VXElementBatch& batch) const;
+    bool FillBatch(VXElementBatch& batch, const VXSortedSet& run, VXElementKind kind, std::int32_t first) const;
+    void SetElementArrays(VXGeom* geom, const VXMaterial& mode);
     void BindIfChanged(VXMaterial* material);
     bool ShadingActive() const;
+    void DrawRun(VXElementBatch& batch);
+    void DrawShaded(const VXElementBatch& batch);
+    VERTEX ToObjectSpace(const VERTEX& direction) const;
 
     // Element passes: VXSceneDrawEngineElements.cpp
     void DrawObjectWires();
-    void DrawWiresOfObject(VXObject* object);
-    void DrawWireGeometry(VXObject* object, VXGeom* geom);
+    void ApplyWireStyle(bool cage);
+    void DrawWiresOfObject(VXObject& object);
+    bool HiddenLineMode() const;
+    void DrawWireGeometry(VXObject& object, VXGeom& geom);
     void DrawLineElements();
+    void DrawLinesOfObject(VXObject& object);
     void DrawOutlines();
-    void DrawOutlinesOfObject(VXObject* object, VXMaterial*& appliedMode);
-    void DrawOutlineEdges(VXObject* object, VXGeom* geom);
+    bool ApplyOutlineMode(VXObject& object);
+    void DrawOutlinesOfObject(VXObject& object);
+    void DrawOutlineEdges(const VXObject& object, VXGeom& geom);
 
-    // Edge lines
-    bool HaberlinesOffInStyledMode(std::uint32_t sceneFlags) const;
-    void DrawHaberlineRun(VXGeom* geom, VXElementKind kind, std::int32_t first, const VXSortedSet& run);
+    // Edge lines: VXSceneDrawEngineLines.cpp
+    void DrawHaberlinesOfObject(VXObject& object);
+    void DrawHaberlineLayers(VXGeom& geom, VXMaterial& material, const VXSortedSet& run, VXElementKind kind,
+                             std::int32_t first);
+    void DrawHaberlineRun(VXGeom& geom, VXMaterial& material, const VXSortedSet& run, VXElementKind kind,
+                          std::int32_t first);
 
     bool mHWShadingAllowed = false;
     std::int32_t mReserved = 0;
@@ -389,6 +412,8 @@ private:
     BDependentProvider* mHostAppCameraData = nullptr;
     VXObject* mCurrentObject = nullptr;
     std::int32_t mCurrentDrawGeom = 0;
+    bool mCageStyleOn = false;          ///< element pass 1: the style of control meshes is in force
+    VXMaterial* mOutlineMode = nullptr; ///< element pass 3: the draw mode in force
     Mat44 mCamera;
     VERTEX mToonLight{-0.45f, 0.6f, 0.66f}; ///< the key light of a three-light set-up: up and to the left
     BArray<T_VERTEX> mToonUVs;              ///< scratch of GenerateToonUVS
