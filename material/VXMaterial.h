@@ -260,7 +260,7 @@ public:
     void SetShaderBuffer(int i, void* handle) { mShaderBuffers[i] = handle; } ///< does not free the previous one
 
 private:
-    bool ReplaceSceneColors(const DrawPreset& preset);
+    void TakeSceneColors(const DrawPreset& preset);
     BShaderNode* RootNode() const;
 
     void* mShaderBuffers[kNumShaderBuffers] = {};
