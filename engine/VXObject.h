@@ -199,13 +199,11 @@ private:
         bool ready = false;
     };
 
-    bool MakeLevelZero(bool allowCreases);
-    bool MakeLevel(int level, bool allowCreases);
-    bool PrepareNewLevel(VXGeom* fresh, const VXGeom* source, bool allowCreases) const;
-    int BuildLevel(int level, bool allowCreases);
-    int RunScheme(VXGeom* source, VXGeom* destination);
+    bool MakeLevel(int level, const VXGeom* source);
     void RefreshLevelZero();
-    void DropStaleLevels();
+    int RunScheme(VXGeom* source, VXGeom* destination);
+    void FinishLevel(int level, bool subdivided);
+    void DeformLevel(int level);
 
     bool mGeomBorrowed = false;
     bool mCollisionOn = false;

@@ -304,7 +304,9 @@ public:
 
 private:
     void StructuralChange();
-    void SetBackCullForPicking();
+    void DirtyLightShadows();
+    VXMaterial* MakeMaterial(const char* name);
+    void PrepareObjects(const Mat44 mat);
     bool WantsOutline(const VXObject& object) const;
     VXBBox BoundsOfVisible() const;
 

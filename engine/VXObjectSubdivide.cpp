@@ -1,0 +1,148 @@
+// VelmarBase: engine and scene.
+#include "engine/VXObject.h"
+#include "engine/VXObjectDelegate.h"
+#include "engine/VXScene.h"
+#include "engine/VXSceneDelegate.h"
+#include "mesh/VXGeom.h"
+
+#include <cstring>
+
+namespace
+{
+constexpr int kCannotBuild = -2; // no control mesh, or a level that could not be made
+constexpr int kNotSubdivided = -1;
+
+bool CreasesAllowed()
+{
+    const VXScene* const scene = VXScene::CurrentScene();
+    return scene && scene->SceneDelegate() && scene->SceneDelegate()->AllowCreaseVertsForSubdiv();
+}
+
+bool SameCounts(const VXGeom& a, const VXGeom& b)
+{
+    return a.NumVerts(false) == b.NumVerts(false) && a.NumPolys() == b.NumPolys();
+}
+} // namespace
+
+void VXObject::Subdivide()
+{
+    if (!SubdivDirty())
+        return;
+    SetSubdivDirty(false);
+    if (RebuildSubDiv() == 0)
+        return;
+    const VXScene* const scene = VXScene::CurrentScene();
+    if (scene && scene->SceneDelegate())
+        scene->SceneDelegate()->NotifyForFailedSubdivision(this);
+}
+
+int VXObject::RebuildSubDiv()
+{
+    const int last = mCurSubDivLevel;
+    if (!mGeom)
+        return kCannotBuild;
+    if (last == 0)
+        return 0;
+
+    if (SubdivGeom(0) && !SameCounts(*SubdivGeom(0), *mGeom))
+        ClearSubdivStructures(); // the control mesh has another topology: nothing that was made of the old one fits
+    if (mSubdivGeoms.Count() <= last && !mSubdivGeoms.SetCount(last + 1))
+        return kCannotBuild;
+
+    if (!MakeLevel(0, mGeom))
+        return kCannotBuild;
+    RefreshLevelZero();
+
+    int result = 0;
+    for (int level = 1; level <= last; ++level)
+    {
+        VXGeom* const source = SubdivGeom(level - 1);
+        if (!source || !MakeLevel(level, source))
+            return kCannotBuild;
+        result = RunScheme(source, SubdivGeom(level));
+        if (result != 0 && result != kNotSubdivided)
+        {
+            SetSubdivGeom(level, nullptr);
+            return result;
+        }
+        FinishLevel(level, result == 0);
+    }
+    return result;
+}
+
+// Subdivides `source` into `destination`: 0, -1 when the destination is as it was, or another failure, after which the
+// destination is of no use. The library has no subdivision scheme yet, neither its own nor an adapter, so this is where
+// one is to be called, by VXSwitches::OpenSubdivOn(). Until then the levels are copies of the control mesh, and every
+// object above level 0 reports the failure.
+int VXObject::RunScheme(VXGeom* /*source*/, VXGeom* /*destination*/) { return kNotSubdivided; }
+
+// Makes sure that a level has a mesh: a copy of `source` when it had none. False when memory ran out.
+bool VXObject::MakeLevel(int level, const VXGeom* source)
+{
+    if (VXGeom* const present = SubdivGeom(level))
+    {
+        VXGeom::CopyMaterialPointersSynced(mGeom, present);
+        return true;
+    }
+    VXGeom* const fresh = source->Clone(true);
+    if (!fresh)
+        return false;
+    fresh->SetUseCreaseAngle(false);
+    fresh->SetUseExternalCreaseInfo(false);
+    fresh->SetUseExternalNormals(false);
+    const bool creases = CreasesAllowed();
+    fresh->SetGenerateCreases(creases);
+    if (creases)
+    {
+        fresh->SetEdgesClassified(false);
+        fresh->GenerateCreaseData(nullptr);
+    }
+    const int count = source->NumVerts(false);
+    if (count == fresh->NumVerts(false))
+        fresh->FillRefPoints(source->Verts(), count);
+    SetSubdivGeom(level, fresh);
+    return true;
+}
+
+// Level 0 takes the control mesh's positions, which the delegate may then deform.
+void VXObject::RefreshLevelZero()
+{
+    VXGeom* const zero = SubdivGeom(0);
+    const int count = zero->NumVerts(false);
+    if (count > 0 && zero->Verts() != mGeom->Verts())
+        std::memcpy(zero->Verts(), mGeom->Verts(), std::size_t(count) * sizeof(VERTEX));
+    DeformLevel(0);
+}
+
+// An object that uses tangents is to take its snapshot of the level between the two steps below, once meshes can take
+// snapshots.
+void VXObject::FinishLevel(int level, bool subdivided)
+{
+    if (subdivided)
+        for (VXGeom* const geom : {SubdivGeom(level - 1), SubdivGeom(level)})
+        {
+            geom->SetIncludesLines(false); // what is subdivided has faces alone
+            geom->SetIncludesPoints(false);
+        }
+    DeformLevel(level);
+}
+
+// Lets the delegate move a level's vertices, and derives what depends on positions.
+void VXObject::DeformLevel(int level)
+{
+    VXGeom* const geom = SubdivGeom(level);
+    if (mDelegate)
+        mDelegate->MungeSubdividedVerts(this, level, geom->Verts(), geom->NumVerts(false));
+    geom->UpdateCreaseVerts();
+    geom->ComputeAllNormals();
+}
+
+void VXObject::ClearSubdivStructures()
+{
+    for (VXGeom*& geom : mSubdivGeoms)
+    {
+        delete geom;
+        geom = nullptr;
+    }
+    mSubdivGeoms.Empty();
+}
