@@ -7,6 +7,13 @@
 
 class VXEdge;
 
+/// A link of a vertex's chain of edges.
+struct VXVertexLink
+{
+    std::int32_t edge; ///< index of the edge
+    std::int32_t next; ///< index of the next link, -1 at the end
+};
+
 /// Which vertex each polygon's corner at each end of an edge uses after creasing.
 struct VELMAR_EXPORT VXCreaseVertexData
 {
@@ -45,6 +52,15 @@ class VELMAR_EXPORT VXEdge
 {
 public:
     VXEdge() = default;
+    /// An open edge of `poly` from vertex v1 at corner rel1 to vertex v2 at corner rel2.
+    VXEdge(std::int32_t poly, std::int32_t v1, std::int32_t v2, std::int32_t rel1, std::int32_t rel2,
+           std::int32_t index)
+        : mPolyIndex1(poly), mVertIndex1(v1), mVertIndex2(v2), mRelP1V1(rel1), mRelP1V2(rel2),
+          mFlags(std::uint32_t(EdgeFlag::OpenEdge) | (rel1 == 0 ? std::uint32_t(EdgeFlag::StartingEdgeP1) : 0u) |
+                 (rel2 == 0 ? std::uint32_t(EdgeFlag::ClosingEdgeP1) : 0u)),
+          mEdgeIndex(index)
+    {
+    }
     VXEdge(const VXEdge& other) { *this = other; }
     VXEdge(VXEdge&& other) noexcept { *this = static_cast<VXEdge&&>(other); }
     VXEdge& operator=(const VXEdge& other);
@@ -71,6 +87,19 @@ public:
     void SetRelIndexP1V2(std::int32_t k) { mRelP1V2 = k; }
     void SetRelIndexP2V1(std::int32_t k) { mRelP2V1 = k; }
     void SetRelIndexP2V2(std::int32_t k) { mRelP2V2 = k; }
+
+    /// A second polygon walks the open edge, from its corner `from` to its corner `to`.
+    /// @param sameWay it walks from V1 to V2, as polygon 1 does
+    void Close(std::int32_t poly, std::int32_t from, std::int32_t to, bool sameWay)
+    {
+        mPolyIndex2 = poly;
+        mRelP2V1 = sameWay ? from : to;
+        mRelP2V2 = sameWay ? to : from;
+        SetOpenEdge(false);
+        SetEdgeOrderedProperly(!sameWay);
+        SetStartingEdgeP2(from == 0);
+        SetClosingEdgeP2(to == 0);
+    }
 
     // --- Flags, in bit order
     bool Flag(EdgeFlag f) const { return (mFlags & std::uint32_t(f)) != 0; }
@@ -116,6 +145,7 @@ public:
 
     // --- Crease data: created on first use from the plain vertices; false when memory ran out
     bool HasCreaseData() const { return mCreaseData != nullptr; }
+    const VXCreaseVertexData* CreaseVertexData() const { return mCreaseData; } ///< null without
     bool CreateCreaseData(std::int32_t p1v1, std::int32_t p1v2, std::int32_t p2v1, std::int32_t p2v2);
     bool SetCreaseDataP1V1(std::int32_t v);
     bool SetCreaseDataP1V2(std::int32_t v);
@@ -133,6 +163,7 @@ public:
 
 private:
     VXCreaseVertexData* CreaseData(); ///< created when missing
+    void CopyPlain(const VXEdge& other);
     bool PlainWanted(bool useCrease) const { return !mCreaseData || (useCrease && IsCreaseEdge() && IsSmoothEdge()); }
 
     std::int32_t mPolyIndex1 = -1;

@@ -7,23 +7,23 @@
 #include "mesh/VXEdge.h"
 
 #include <cstdint>
-
-/// A link of a vertex's chain of edges.
-struct VXVertexLink
-{
-    std::int32_t edge; ///< index of the edge
-    std::int32_t next; ///< index of the next link, -1 at the end
-};
+#include <span>
 
 /// Every undirected edge of a mesh once, and for each vertex a chain of the edges that touch it, newest first.
 ///
-/// Edges are numbered in the order in which the polygons first walk them. A third polygon on an edge makes a second,
-/// parallel edge. Filled either edge by edge (Begin, AddEdge..., End) or at once from a record (Build), with the same
-/// result. Valid until the mesh's topology changes.
+/// Edges are numbered in the order in which the polygons first walk them. Links 2e and 2e+1 belong to edge e. A third
+/// polygon on an edge makes a second, parallel edge. Filled either edge by edge (Begin, AddEdge..., End) or at once
+/// from a record (Build), with the same result. Valid until the mesh's topology changes.
 class VELMAR_EXPORT VXEdgeList
 {
 public:
     // --- Filling
+
+    /// Whether some line, or point polygon, of at least two corners was met.
+    struct Kinds
+    {
+        bool lines = false, points = false;
+    };
 
     /// Starts over for `numVerts` vertices. False when memory ran out.
     bool Begin(std::int32_t numVerts);
@@ -41,8 +41,9 @@ public:
 
     /// Fills the list from a record in time linear in its corners, whatever the valences.
     /// @param sets corner index array to walk; null takes the record's own
+    /// @param kinds out, may be null: which other kinds than faces there are
     /// @return false when memory ran out; the list is then empty
-    bool Build(const GEOM& geom, const std::int32_t* sets = nullptr);
+    bool Build(const GEOM& geom, const std::int32_t* sets = nullptr, Kinds* kinds = nullptr);
 
     // --- Reading
     std::int32_t GetEdgeCount() const { return std::int32_t(mEdges.Count()); }
@@ -50,6 +51,8 @@ public:
     const VXEdge& GetEdge(std::int32_t i) const { return mEdges.Data()[i]; }
     VXEdge* Edges() { return mEdges.Data(); }
     const VXEdge* Edges() const { return mEdges.Data(); }
+    std::span<const VXVertexLink> Links() const { return {mLinks.Data(), std::size_t(mLinks.Count())}; }
+    std::span<const std::int32_t> FirstLinks() const { return {mFirstLink.Data(), std::size_t(mFirstLink.Count())}; }
     std::int32_t GetFirstVertexLink(std::int32_t v) const { return mFirstLink.Data()[v]; } ///< newest link, -1 for none
     std::int32_t GetVertexLinkCount() const { return std::int32_t(mFirstLink.Count()); }   ///< number of vertices
     std::int32_t GetEdgefromVertexLink(std::int32_t l) const { return mLinks.Data()[l].edge; }
@@ -80,11 +83,12 @@ private:
     BArray<VXEdge> mEdges;
     BArray<std::int32_t> mFirstLink;
     BArray<VXVertexLink> mLinks;
-    std::int32_t mNumLinks = 0; ///< links in use
+    std::int32_t mNumLinks = 0; ///< links in use, twice the number of edges
 };
 
 /// Walks the fan of polygons around one vertex, edge by edge. One walker per edge list at a time: it marks the edges
-/// it has visited.
+/// it has visited. A step takes the time of walking the vertex's chain; around vertices of high valence an index of the
+/// chain by polygon, made at the start, takes its place.
 class VELMAR_EXPORT VertLinkEdgeWalker
 {
 public:
@@ -97,9 +101,23 @@ public:
     std::int32_t Poly() const { return mPoly; } ///< the polygon that the next step crosses
 
 private:
+    /// A polygon at the vertex with one of its edges there.
+    struct Spoke
+    {
+        std::int32_t poly;
+        std::int32_t order; ///< position of the edge on the chain
+        std::int32_t edge;
+    };
+    void IndexChain();
+    std::int32_t FirstOnChain() const;
+    std::int32_t FirstInIndex();
+    bool Crosses(std::int32_t edge) const;
+
     VXEdgeList* mList;
     std::int32_t mVert;
     std::int32_t mCurrent; ///< edge index, -1 before the first
     std::int32_t mPoly;
     std::int32_t mNumLinks = 0;
+    BArray<Spoke> mSpokes;         ///< sorted by polygon, then order; empty at ordinary vertices
+    BArray<std::int32_t> mSkipped; ///< at the first spoke of each polygon: how many of its spokes are done
 };

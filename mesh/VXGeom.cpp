@@ -17,8 +17,8 @@ VXGeom::~VXGeom()
 {
     DropDerived();
     ClearEdgeSmoothing();
-    LendNormals(mVertNormals, mLentVertNormals, nullptr);
-    LendNormals(mPolyNormals, mLentPolyNormals, nullptr);
+    Lend<VERTEX>(mVertNormals, mLentVertNormals, nullptr);
+    Lend<VERTEX>(mPolyNormals, mLentPolyNormals, nullptr);
     MEM_Release(mTransformedVerts);
     PutVertsBack();
     if (!mGeomShared)
@@ -154,14 +154,6 @@ void VXGeom::PutVertsBack()
     mSavedVerts = nullptr;
 }
 
-// An array that is not the host's is ours and goes when another takes its place.
-void VXGeom::LendNormals(VERTEX*& normals, VERTEX*& lent, VERTEX* hosts)
-{
-    if (normals != lent)
-        MEM_Free(normals);
-    normals = lent = hosts;
-}
-
 void VXGeom::SetUseExternalNormals(bool on)
 {
     SetFlag(GeomFlag::UseExternalNormals, on);
@@ -185,8 +177,10 @@ std::size_t VXGeom::MemoryUsed() const
         bytes += HandleBytes(mVertNormals);
     if (mPolyNormals != mLentPolyNormals)
         bytes += HandleBytes(mPolyNormals);
-    if (!UseExternalCreaseInfo())
-        bytes += HandleBytes(mUvsPerVertex) + HandleBytes(mCreaseSets) + HandleBytes(mOrigCreaseIndex);
+    bytes += mUvsPerVertex != mLentUvsPerVertex ? HandleBytes(mUvsPerVertex) : 0;
+    bytes += mCreaseSets != mLentCreaseSets ? HandleBytes(mCreaseSets) : 0;
+    bytes += mOrigCreaseIndex != mLentOrigCreaseIndex ? HandleBytes(mOrigCreaseIndex) : 0;
+    bytes += std::size_t(mSeamEdges.Capacity()) * sizeof(std::int32_t);
     for (const VXSortedBucket& bucket : mSorted)
         bytes += HandleBytes(bucket.polys) + HandleBytes(bucket.corners) + HandleBytes(bucket.edgeFlags) +
                  HandleBytes(bucket.runs);

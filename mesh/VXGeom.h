@@ -11,6 +11,7 @@
 #include "mesh/VXVertSmoothingList.h"
 
 #include <cstdint>
+#include <span>
 
 /// Arrays of the caller that crease generation fills instead of the mesh's own. All are memory handles; null where the
 /// caller does not want the array. Grown as needed and owned by the caller.
@@ -188,8 +189,8 @@ public:
     void BuildVertSmoothList();
     // The host's normals, with SetUseExternalNormals(true): before or after, an own array is freed. NumVerts(true) and
     // NumPolys() entries.
-    void SetExternalVertexNormals(VERTEX* normals) { LendNormals(mVertNormals, mLentVertNormals, normals); }
-    void SetExternalPolyNormals(VERTEX* normals) { LendNormals(mPolyNormals, mLentPolyNormals, normals); }
+    void SetExternalVertexNormals(VERTEX* normals) { Lend(mVertNormals, mLentVertNormals, normals); }
+    void SetExternalPolyNormals(VERTEX* normals) { Lend(mPolyNormals, mLentPolyNormals, normals); }
     void SetExternalVertexColors(VERTEX* colors) { mVertexColors = colors; }
     VERTEX* VertexColors() const { return mVertexColors; }
 
@@ -211,10 +212,10 @@ public:
     VERTEX* UpdateArbVertArrayForCreases(VERTEX* array);
     void DumpCreaseData(EDGELIST* edges, double milliseconds); ///< a text file, when DebugCreaseVerts is on
     /// The host's own crease arrays: set them, SetUseExternalCreaseInfo(true) and SetEdgesClassified(true), or the next
-    /// ComputeAllNormals replaces them.
-    void SetExternalCreaseSets(std::int32_t* sets) { mCreaseSets = sets; }
-    void SetExternalOrigCreaseIndexes(std::int32_t* table) { mOrigCreaseIndex = table; }
-    void SetExternalUvsPerVertex(T_VERTEX* uvs) { mUvsPerVertex = uvs; }
+    /// ComputeAllNormals replaces them. Own arrays are freed; the host's never are.
+    void SetExternalCreaseSets(std::int32_t* sets) { Lend(mCreaseSets, mLentCreaseSets, sets); }
+    void SetExternalOrigCreaseIndexes(std::int32_t* table) { Lend(mOrigCreaseIndex, mLentOrigCreaseIndex, table); }
+    void SetExternalUvsPerVertex(T_VERTEX* uvs) { Lend(mUvsPerVertex, mLentUvsPerVertex, uvs); }
     void SetNumbCreaseVerts(int count) { mNumbCreaseVerts = count; }
     static bool ObeyNormals() { return mObeyNormals; } ///< corner normals of the record that differ make creases
     static void SetObeyNormals(bool obey) { mObeyNormals = obey; }
@@ -268,8 +269,21 @@ private:
     void DropEdges();
     bool FillSortedData(); // false when memory ran out
     void PutVertsBack();   // ends the stand-in of a temporary vertex array
-    static void LendNormals(VERTEX*& normals, VERTEX*& lent, VERTEX* hosts);
+    /// The host's array takes the place of what was held; that is freed when it is ours.
+    template <class T>
+    static void Lend(T*& held, T*& lent, T* hosts)
+    {
+        if (held != lent)
+            MEM_Free(held);
+        held = lent = hosts;
+    }
     const GEOM_TexPoly* CurTexPoly(int corner) const;
+    void SumCreasedNormals(const VERTEX* polyNormals, std::span<VERTEX> sums);
+    void SmoothAcross(const VXEdge& edge); // puts an edge's polygons on the smoothing list
+    bool SplitCreases(EDGELIST* caller);   // classifies and splits, without normals; false when memory ran out
+    bool FillCreaseData(EDGELIST* caller); // the part of it that needs memory
+    void DropCreaseData();
+    void ReleaseCreaseArrays();
 
     GEOM* mGeom = nullptr; ///< owned unless mGeomShared
     ELEMENT* mCurPoly = nullptr;
@@ -298,10 +312,14 @@ private:
     BArray<int> mSubdivVertRemapTable;
     VXVertSmoothingList mVertSmoothingList;
     VXSortedBucket mSorted[kNumElementKinds];
-    T_VERTEX* mUvsPerVertex = nullptr;
+    T_VERTEX* mUvsPerVertex = nullptr; ///< ours, or the same as mLentUvsPerVertex; likewise the next two
     std::int32_t* mCreaseSets = nullptr;
     std::int32_t* mOrigCreaseIndex = nullptr;
+    T_VERTEX* mLentUvsPerVertex = nullptr;        ///< the host's
+    std::int32_t* mLentCreaseSets = nullptr;      ///< the host's
+    std::int32_t* mLentOrigCreaseIndex = nullptr; ///< the host's
     std::int32_t mNumbCreaseVerts = 0;
+    BArray<std::int32_t> mSeamEdges; ///< edges both crease and smooth, as the last generation of creases left them
 
     static bool mObeyNormals;
     static int smGenCreaseMethod;
