@@ -1,0 +1,144 @@
+// OBJ text to record beside tinyobjloader: a torus of quads with texture coordinates, two groups and two materials, as
+// an exporter writes it, read from memory.
+
+#include "base/GEOM_Obj.h"
+#include "tests/support/Meshes.h"
+
+#include <benchmark/benchmark.h>
+#include <tiny_obj_loader.h>
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <sstream>
+
+namespace
+{
+struct ObjText
+{
+    std::string text;
+    int quads = 0;
+};
+
+void AppendTorusQuad(std::string& text, int nu, int nv, int u, int v)
+{
+    const int u1 = u + 1, v1 = v + 1;
+    const int corners[4][2] = {{u, v}, {u1, v}, {u1, v1}, {u, v1}};
+    text += 'f';
+    for (const auto& [cu, cv] : corners)
+    {
+        char corner[32];
+        std::snprintf(corner, sizeof corner, " %d/%d", cu % nu * nv + cv % nv + 1, cu * (nv + 1) + cv + 1);
+        text += corner;
+    }
+    text += '\n';
+}
+
+ObjText TorusText(int nu, int nv)
+{
+    ObjText torus{"mtllib torus.mtl\no torus\n", nu * nv};
+    torus.text.reserve(std::size_t(nu) * std::size_t(nv) * 120);
+    char line[96];
+    for (const VERTEX& p : Torus(nu, nv, false).verts)
+    {
+        std::snprintf(line, sizeof line, "v %.6f %.6f %.6f\n", double(p.x), double(p.y), double(p.z));
+        torus.text += line;
+    }
+    for (int u = 0; u <= nu; ++u)
+        for (int v = 0; v <= nv; ++v)
+        {
+            std::snprintf(line, sizeof line, "vt %.6f %.6f\n", double(u) / nu, double(v) / nv);
+            torus.text += line;
+        }
+    for (int u = 0; u < nu; ++u)
+    {
+        if (u == 0 || u == nu / 2)
+            torus.text += u == 0 ? "g left\nusemtl red\ns 1\n" : "g right\nusemtl blue\ns 1\n";
+        for (int v = 0; v < nv; ++v)
+            AppendTorusQuad(torus.text, nu, nv, u, v);
+    }
+    return torus;
+}
+
+const ObjText& TorusOf(int nu, int nv)
+{
+    static std::map<std::pair<int, int>, ObjText> made;
+    ObjText& torus = made[{nu, nv}];
+    if (torus.text.empty())
+        torus = TorusText(nu, nv);
+    return torus;
+}
+
+bool LoadWithTinyObj(const ObjText& torus, tinyobj::attrib_t& attrib, std::vector<tinyobj::shape_t>& shapes)
+{
+    std::istringstream stream(torus.text);
+    std::vector<tinyobj::material_t> materials;
+    std::string warning, error;
+    return tinyobj::LoadObj(&attrib, &shapes, &materials, &warning, &error, &stream, nullptr, false);
+}
+
+// Both readers must have read the same mesh: indices exactly, positions up to the last place, since the peer does not
+// round correctly.
+bool SameMesh(const GEOM* g, const ObjText& torus)
+{
+    tinyobj::attrib_t attrib;
+    std::vector<tinyobj::shape_t> shapes;
+    if (!g || !LoadWithTinyObj(torus, attrib, shapes) || attrib.vertices.size() != std::size_t(g->numVerts) * 3 ||
+        attrib.texcoords.size() != std::size_t(g->tex->numVerts) * 2)
+        return false;
+    for (std::int32_t i = 0; i < g->numVerts; ++i)
+    {
+        const float* const p = attrib.vertices.data() + 3 * std::size_t(i);
+        if (std::abs(p[0] - g->verts[i].x) > 1e-6f || std::abs(p[1] - g->verts[i].y) > 1e-6f ||
+            std::abs(p[2] - g->verts[i].z) > 1e-6f)
+            return false;
+    }
+    std::int64_t corner = 0;
+    for (const tinyobj::shape_t& shape : shapes)
+        for (const tinyobj::index_t& index : shape.mesh.indices)
+        {
+            if (corner >= g->NumCorners() || index.vertex_index != g->sets[corner] ||
+                index.texcoord_index != g->tex->sets[corner])
+                return false;
+            ++corner;
+        }
+    return corner == g->NumCorners() && g->numPolys == torus.quads && g->numGroups == 34;
+}
+
+void ReadOurs(benchmark::State& state, int nu, int nv)
+{
+    const ObjText& torus = TorusOf(nu, nv);
+    if (!SameMesh(GeomPtr(GEOM_ReadObjText(torus.text.data(), torus.text.size())).get(), torus))
+        state.SkipWithError("the two readers disagree");
+    std::size_t held = 0;
+    for (auto _ : state)
+    {
+        const GeomPtr g(GEOM_ReadObjText(torus.text.data(), torus.text.size()));
+        benchmark::DoNotOptimize(g->verts);
+        held = GEOM_MemoryUsed(g.get());
+    }
+    state.counters["bytes held per quad"] = double(held) / torus.quads;
+    state.SetBytesProcessed(std::int64_t(torus.text.size()) * std::int64_t(state.iterations()));
+    state.SetItemsProcessed(torus.quads * std::int64_t(state.iterations()));
+}
+
+void ReadPeer(benchmark::State& state)
+{
+    const ObjText& torus = TorusOf(1000, 1000);
+    for (auto _ : state)
+    {
+        tinyobj::attrib_t attrib;
+        std::vector<tinyobj::shape_t> shapes;
+        if (!LoadWithTinyObj(torus, attrib, shapes))
+            state.SkipWithError("not read");
+        benchmark::DoNotOptimize(shapes.data());
+    }
+    state.SetBytesProcessed(std::int64_t(torus.text.size()) * std::int64_t(state.iterations()));
+    state.SetItemsProcessed(torus.quads * std::int64_t(state.iterations()));
+}
+
+BENCHMARK_CAPTURE(ReadOurs, velmar, 1000, 1000)->Name("ObjRead/velmar")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(ReadPeer)->Name("ObjRead/tinyobjloader")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK_CAPTURE(ReadOurs, n, 500, 1000)->Name("ObjRead/linear/n")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(ReadOurs, twice, 1000, 1000)->Name("ObjRead/linear/2n")->Unit(benchmark::kMillisecond)->UseRealTime();
+} // namespace
