@@ -99,6 +99,8 @@ void VXScene::UpdateDerivedData()
             object->SetSubdivDirty(true); // its levels are made of what has changed
             object->SetChanged(true);
         }
+        if (object->SubdivDirty() && object->CurSubDivLevel() >= 1)
+            object->SetChanged(true); // another surface is drawn from now on
         object->Subdivide();
 
         VXBBox box; // stays empty without vertices: an empty mesh has no place in the scene
