@@ -1,3 +1,4 @@
+#include "base/XMLStringRes.h"
 #include "engine/VXCamera.h"
 #include "engine/VXScene.h"
 #include "mesh/VXGeom.h"
@@ -41,6 +42,22 @@ TEST(SceneBuild, DefaultCamerasAreOnePerspectiveCamera)
     EXPECT_EQ(scene.Camera(0)->ExternalName(), "Perspective Camera");
     EXPECT_EQ(scene.Camera(0)->FocalLength(), 1);
     EXPECT_FALSE(scene.Camera(0)->IsOrtho());
+}
+
+TEST(SceneBuild, UsersReadTheNamesOfTheStringResources)
+{
+    const TempFile file("velmar_strings_test.xml",
+                        "<strings><table id=\"82\"><entry id=\"561\">Perspektive</entry></table>"
+                        "<table id=\"3026\"><entry id=\"1\">Vorgabe</entry></table></strings>");
+    ASSERT_EQ(XMLStringRes::Load(BPath(file.path.c_str())), 0);
+    VXScene scene;
+    scene.InitDefaultCameras();
+    const VXMaterial material(0, nullptr);
+    XMLStringRes::Unload();
+    EXPECT_EQ(scene.Camera(0)->ExternalName(), "Perspektive");
+    EXPECT_EQ(scene.Camera(0)->InternalName(), "Perspective Camera"); // what the host looks up is not translated
+    EXPECT_EQ(material.ExternalName(), "Vorgabe");
+    EXPECT_EQ(material.InternalName(), "Default");
 }
 
 TEST(SceneBuild, AddWavefrontGivesAnObjectThatBorrowsTheMesh)
