@@ -1,0 +1,286 @@
+#include "host/Preview.h"
+
+#include "draw/VXSceneDrawOptions.h"
+#include "engine/VXCamera.h"
+#include "engine/VXScene.h"
+#include "host/gl/Framebuffer.h"
+#include "host/gl/LoadGL.h"
+#include "host/gl/VXGLDrawEngine.h"
+#include "host/window/OffscreenContext.h"
+#include "mesh/VXGeom.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vx
+{
+// Larger pictures are drawn in tiles: a multisampled target of this side takes 128 MiB.
+static constexpr int kTileSide = 2048;
+
+struct Preview::Context
+{
+    OffscreenContext offscreen;
+    Framebuffer target;
+};
+
+static int DeriveBeforeFrame(VXScene* scene, void*)
+{
+    scene->UpdateDerivedData();
+    return 1;
+}
+
+Preview::Preview()
+    : mContext(std::make_unique<Context>()), mEngine(std::make_unique<VXGLDrawEngine>()),
+      mScene(std::make_unique<VXScene>())
+{
+    mScene->InitDefaultCameras();
+    mScene->SetDrawEngine(mEngine.get());
+    mScene->SetPrepareProc(DeriveBeforeFrame, nullptr);
+    mEngine->SetTextures(&mModels.Textures());
+}
+
+Preview::~Preview()
+{
+    if (mEngineReady && mOwnContext)
+        mContext->offscreen.MakeCurrent();
+    mScene.reset();
+    mEngine.reset();
+    mContext->target.Release();
+}
+
+bool Preview::Fail(const BString& problem)
+{
+    mError = problem;
+    return false;
+}
+
+// --- Models
+
+bool Preview::Took(const VXObject* object)
+{
+    mGroundStale = true;
+    mStyled = false;
+    mError = mReport.error;
+    return object != nullptr;
+}
+
+bool Preview::Load(const BPath& obj, const ImportOptions& options)
+{
+    VXScene::SetCurrentScene(mScene.get());
+    mReport.error.Empty();
+    return Took(mModels.ImportObj(*mScene, obj, options, mReport));
+}
+
+bool Preview::LoadText(const char* text, std::size_t size, const BString& name, const BPath& folder,
+                       const ImportOptions& options)
+{
+    VXScene::SetCurrentScene(mScene.get());
+    mReport.error.Empty();
+    return Took(mModels.ImportObjText(*mScene, text, size, name, folder, options, mReport));
+}
+
+bool Preview::SetDefaultTexture(const BPath& picture)
+{
+    mError = mModels.SetDefaultTexture(picture);
+    return mError.IsEmpty();
+}
+
+// --- Context
+
+bool Preview::PrepareContext()
+{
+    if (mEngineReady)
+        return !mOwnContext || mContext->offscreen.MakeCurrent() || Fail("the OpenGL context is lost");
+    if (mOwnContext && !mContext->offscreen.Create())
+        return Fail(mContext->offscreen.Error());
+    mContextDescription = mOwnContext ? mContext->offscreen.Description() : "window: " + DescribeGL();
+    const BString problem = mEngine->Init();
+    if (!problem.IsEmpty())
+        return Fail("the draw engine cannot start: " + problem);
+    mEngineReady = true;
+    return true;
+}
+
+// --- What a picture needs of the scene
+
+void Preview::ApplyStyle(const PreviewOptions& options)
+{
+    const bool plain = options.background != BackgroundStyle::Gradient;
+    const VERTEX top = options.backgroundTop, bottom = plain ? top : options.backgroundBottom;
+    const float alpha = options.background == BackgroundStyle::Clear ? 0.0f : 1.0f;
+    mEngine->SetBackground({top.x, top.y, top.z, 1}, {bottom.x, bottom.y, bottom.z, 1}, alpha);
+    mEngine->SetUpAxis(UpOf(options.view.up));
+    VXSceneDrawOptions& draw = *mEngine->DrawOptions();
+    draw.mSuppressBackCull = options.backFaces;
+    draw.mHaberlinesOn = options.edgeLines;
+    draw.mHaberlinesDrawLast = true;
+    const bool data = options.mode == DrawMode::Depth || options.mode == DrawMode::Normals;
+    mScene->SetDrawDropShadows(options.shadows && !data);
+
+    // A preset marks every object changed, so it is set only when something about it is new.
+    if (mStyled && options.mode == mApplied.mode && options.backFaces == mApplied.backFaces &&
+        options.backgroundTop == mApplied.backgroundTop && options.backgroundBottom == mApplied.backgroundBottom &&
+        options.background == mApplied.background)
+        return;
+    SetStandardColors(*mScene, top, bottom);
+    mScene->ApplyPreset(options.mode);
+}
+
+void Preview::ApplyGround(const PreviewOptions& options)
+{
+    if (mStyled && !mGroundStale && options.ground == mApplied.ground && options.view.up == mApplied.view.up &&
+        options.subdivision == mApplied.subdivision)
+        return;
+    mScene->SetNeedsShadowRedraw(true);
+    RemoveGround(*mScene);
+    VXObject* const ground = options.ground ? AddGround(*mScene, options.view.up) : nullptr;
+    if (ground)
+    {
+        VXMaterial* const material = mModels.MaterialNamed(*mScene, "Ground");
+        material->KdColor().Set(0.80f, 0.80f, 0.79f, 1);
+        material->SetTMax(1); // clear at its rim, so it is drawn with what is transparent
+        ground->Geom()->SetMaterialPointer(0, material);
+    }
+    mGroundStale = false;
+}
+
+void Preview::ApplySubdivision(int level)
+{
+    mScene->SetControlMeshVisible(level < 1);
+    for (std::int64_t i = 0; i < mScene->NumObjects(); ++i)
+    {
+        VXObject* const object = mScene->Object(int(i));
+        if (!object || object->InternalName() == "GROUND" || object->CurSubDivLevel() == level)
+            continue;
+        object->SetCurSubDivLevel(level);
+        object->SetSubdivDirty(true);
+    }
+}
+
+View Preview::FitToScene(const PreviewOptions& options)
+{
+    VXScene::SetCurrentScene(mScene.get());
+    ApplySubdivision(std::clamp(options.subdivision, 0, 6));
+    mScene->UpdateDerivedData();
+    BArray<VERTEX> points, around;
+    VisiblePoints(*mScene, points);
+    VXBBox box;
+    box.Extend(points.Data(), int(points.Count()));
+    if (box.Initialized() && (options.shadows || options.ground))
+    {
+        // The ground that is seen around the model: twice its size for a shadow, more for the plane.
+        const VERTEX size = box.Max() - box.Min(), middle = (box.Max() + box.Min()) * 0.5f;
+        const float reach = (options.ground ? 2.4f : 1.0f) * std::max({size.x, size.y, size.z});
+        for (int corner = 0; corner < 4; ++corner)
+        {
+            const float a = corner & 1 ? reach : -reach, b = corner & 2 ? reach : -reach;
+            around.Append(options.view.up == UpAxis::Z ? VERTEX{middle.x + a, middle.y + b, box.Min().z}
+                                                       : VERTEX{middle.x + a, box.Min().y, middle.z + b});
+        }
+    }
+    const float aspect = float(std::max(options.width, 1)) / float(std::max(options.height, 1));
+    return FitView({points.Data(), std::size_t(points.Count())}, {around.Data(), std::size_t(around.Count())}, aspect,
+                   options.view);
+}
+
+// --- Pictures
+
+bool Preview::DrawScene(const View& view)
+{
+    VXScene::SetCurrentScene(mScene.get());
+    Mat44 camera;
+    MAT_Copy(view.toView, camera);
+    mScene->Draw(camera);
+    return mEngine->Error().IsEmpty() || Fail(mEngine->Error());
+}
+
+bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float pixelScale)
+{
+    mError.Empty();
+    if (!PrepareContext())
+        return false;
+    VXScene::SetCurrentScene(mScene.get());
+    ApplySubdivision(std::clamp(options.subdivision, 0, 6));
+    mScene->UpdateDerivedData();
+    ApplyStyle(options);
+    ApplyGround(options);
+    mStyled = true;
+    mApplied = options;
+    PlaceCamera(*mScene, view);
+    PlaceLights(*mScene, view);
+    mEngine->SetPixelScale(pixelScale);
+    return DrawScene(view);
+}
+
+PicturePtr Preview::Render(const PreviewOptions& options)
+{
+    mError.Empty();
+    if (!PrepareContext())
+        return nullptr;
+    constexpr int kLargest = 32768;
+    if (options.width < 1 || options.height < 1 || options.width > kLargest || options.height > kLargest)
+    {
+        Fail(BString::Format("a picture of %d x %d pixels cannot be drawn: 1 to %d a side", options.width,
+                             options.height, kLargest));
+        return nullptr;
+    }
+    const int scale = options.samples > 8 ? 2 : 1;
+    return RenderTiles(options, FitToScene(options), scale, scale == 2 ? 4 : std::max(options.samples, 1));
+}
+
+// The part of a projection that a tile shows, blown up to fill clip space.
+static void TileProjection(const Mat44 whole, float x, float y, float width, float height, Mat44 out)
+{
+    Mat44 tile;
+    MAT_Identity(tile);
+    tile[0][0] = 1 / width;
+    tile[1][1] = 1 / height;
+    // Clip space runs from -1 to 1; the shift is by w, which stands in the fourth component.
+    tile[3][0] = (1 - 2 * x - width) / width;
+    tile[3][1] = (1 - 2 * y - height) / height;
+    MAT_Concat4x4(whole, tile, out);
+}
+
+PicturePtr Preview::RenderTiles(const PreviewOptions& options, const View& view, int scale, int samples)
+{
+    const bool keepAlpha = options.background == BackgroundStyle::Clear;
+    PicturePtr picture(CPB_Offscreen::Create(options.width, options.height, 32, true, keepAlpha));
+    if (!picture)
+    {
+        Fail(BString::Format("a picture of %d x %d pixels does not fit into memory", options.width, options.height));
+        return nullptr;
+    }
+    const int side = std::min(kTileSide, Framebuffer::LargestSide()) / scale;
+    for (int top = 0; top < options.height; top += side)
+        for (int left = 0; left < options.width; left += side)
+        {
+            const int width = std::min(side, options.width - left), height = std::min(side, options.height - top);
+            const BString problem = mContext->target.Create(width * scale, height * scale, samples);
+            if (!problem.IsEmpty())
+            {
+                Fail(problem);
+                return nullptr;
+            }
+            mContext->target.Bind();
+            const float w = float(options.width), h = float(options.height);
+            const float x = float(left) / w, y = 1 - float(top + height) / h;
+            View part = view;
+            TileProjection(view.projection, x, y, float(width) / w, float(height) / h, part.projection);
+            mEngine->SetTile(x, y, float(width) / w, float(height) / h);
+            const bool drawn = DrawFrame(options, part, float(scale));
+            mEngine->SetTile(0, 0, 1, 1);
+            PicturePtr tile = drawn ? mContext->target.ReadBack(keepAlpha) : nullptr;
+            if (tile && scale > 1)
+                tile = ReducedPicture(*tile, scale);
+            if (!tile)
+            {
+                if (mError.IsEmpty())
+                    Fail("the picture does not fit into memory");
+                return nullptr;
+            }
+            for (int row = 0; row < height; ++row)
+                std::memcpy(picture->Row(top + row) + 4 * std::size_t(left), tile->Row(row), 4 * std::size_t(width));
+        }
+    return picture;
+}
+} // namespace vx

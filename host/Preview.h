@@ -1,0 +1,100 @@
+// VelmarBase: reference host.
+#pragma once
+
+#include "VelmarHostExport.h"
+#include "base/BPath.h"
+#include "host/PreviewSetup.h"
+#include "host/image/Picture.h"
+#include "host/import/ModelStore.h"
+#include "material/VXDrawPresets.h"
+
+#include <memory>
+
+class VXGLDrawEngine;
+
+namespace vx
+{
+enum class BackgroundStyle
+{
+    Gradient, ///< from backgroundTop to backgroundBottom
+    Plain,    ///< backgroundTop all over
+    Clear,    ///< transparent
+};
+
+/// How a picture of a scene is drawn.
+struct PreviewOptions
+{
+    int width = 1280, height = 720;
+    DrawMode mode = DrawMode::SmoothTextured;
+    ViewOptions view;
+    BackgroundStyle background = BackgroundStyle::Gradient;
+    VERTEX backgroundTop{0.54f, 0.58f, 0.63f}; ///< as colours are written, 0..1
+    VERTEX backgroundBottom{0.87f, 0.88f, 0.89f};
+    bool ground = false;  ///< a plane under the model
+    bool shadows = true;  ///< a soft shadow on the ground, with or without the plane
+    bool edgeLines = false; ///< creases and borders drawn as lines over the surfaces
+    bool backFaces = true;  ///< shown, in a colour of their own; off: culled
+    int samples = 4;        ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
+    int subdivision = 0;    ///< level of the smooth surface shown in place of the meshes
+};
+
+/// Models from files as pictures: what a small program needs of this library, in one class. Owns scene, engine, models
+/// and, unless one is lent, an OpenGL context without a window. One thread.
+class VELMAR_HOST_EXPORT Preview
+{
+public:
+    Preview();
+    ~Preview();
+    Preview(const Preview&) = delete;
+    Preview& operator=(const Preview&) = delete;
+
+    // --- Models
+    bool Load(const BPath& obj, const ImportOptions& options = {});
+    bool LoadText(const char* text, std::size_t size, const BString& name, const BPath& folder,
+                  const ImportOptions& options = {});
+    bool SetDefaultTexture(const BPath& picture); ///< for all materials that have none
+
+    // --- Pictures
+
+    /// Uses the OpenGL context that is current on this thread instead of making one. Before anything is drawn.
+    void UseCurrentContext() { mOwnContext = false; }
+    /// Makes the context now instead of with the first picture. False where there is no OpenGL.
+    bool PrepareContext();
+    bool HasContext() const { return mEngineReady; }
+    const BString& ContextDescription() const { return mContextDescription; }
+
+    /// @return the picture, 32-bit RGBA; null with Error() when it could not be drawn
+    PicturePtr Render(const PreviewOptions& options);
+
+    /// Draws into the framebuffer and viewport that are current, for windows. `view` comes from FitToScene or elsewhere.
+    bool DrawFrame(const PreviewOptions& options, const View& view, float pixelScale = 1);
+    View FitToScene(const PreviewOptions& options);
+
+    // --- Afterwards
+    const BString& Error() const { return mError; } ///< of the last call, one line
+    const BArray<BString>& Warnings() const { return mReport.warnings; }
+    VXScene& Scene() { return *mScene; }
+    VXGLDrawEngine& Engine() { return *mEngine; }
+    ModelStore& Models() { return mModels; }
+
+private:
+    struct Context;
+    bool Fail(const BString& problem);
+    bool Took(const VXObject* object);
+    void ApplyStyle(const PreviewOptions& options);
+    void ApplyGround(const PreviewOptions& options);
+    void ApplySubdivision(int level);
+    PicturePtr RenderTiles(const PreviewOptions& options, const View& view, int scale, int samples);
+    bool DrawScene(const View& view);
+
+    ModelStore mModels; ///< outlives the scene, which points into it
+    std::unique_ptr<Context> mContext;
+    std::unique_ptr<VXGLDrawEngine> mEngine;
+    std::unique_ptr<VXScene> mScene;
+    ImportReport mReport;
+    BString mError, mContextDescription;
+    bool mOwnContext = true, mEngineReady = false;
+    bool mStyled = false, mGroundStale = true;
+    PreviewOptions mApplied; ///< what the scene is styled for
+};
+} // namespace vx

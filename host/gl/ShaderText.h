@@ -1,0 +1,26 @@
+// VelmarBase: reference host.
+#pragma once
+
+/// @file
+/// GLSL of the reference engine, for use inside host/gl alone. Matrices arrive as the library keeps them: row vectors in
+/// rows are, read column by column as GLSL does, column vectors in columns.
+
+namespace vx::text
+{
+extern const char* const kCommon; ///< before every other text: the uniform block of the frame, colour functions
+
+// Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
+// SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND.
+extern const char* const kSurfaceVertex;
+extern const char* const kSurfaceFragment;
+
+// Lines and points as screen-space quads. Define POINTS for points, LIT for lines that take light.
+extern const char* const kLineVertex;
+extern const char* const kLineFragment;
+
+extern const char* const kScreenVertex;       ///< one triangle over the whole target
+extern const char* const kBackgroundFragment; ///< vertical gradient
+extern const char* const kBlurFragment;       ///< one direction of the shadow's blur
+extern const char* const kShadowVertex;       ///< the ground under the shadow
+extern const char* const kShadowFragment;
+} // namespace vx::text

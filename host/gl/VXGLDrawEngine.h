@@ -1,0 +1,226 @@
+// VelmarBase: reference host.
+#pragma once
+
+#include "VelmarHostExport.h"
+#include "draw/VXSceneDrawEngine.h"
+#include "draw/VXSceneDrawOptions.h"
+#include "host/gl/GeomBuffers.h"
+#include "host/gl/Program.h"
+#include "material/VXMaterialColor4.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+namespace vx
+{
+class TextureTable;
+}
+
+/// The reference draw engine: OpenGL 3.3 with the compatibility profile, GLSL of its own for the look of the fixed
+/// pipeline and better, nothing but the public hooks of VXSceneDrawEngine. Draws into whatever framebuffer and viewport
+/// are current when a frame begins, and leaves the state of the context as it found it.
+///
+/// Meshes live in buffer objects that stay valid while the object's display lists are marked ready; a still scene
+/// uploads nothing. Belongs to the context that was current at Init, which must be current for every frame and for
+/// destruction.
+class VELMAR_HOST_EXPORT VXGLDrawEngine : public VXSceneDrawEngine
+{
+public:
+    VXGLDrawEngine();
+    ~VXGLDrawEngine() override;
+
+    /// Makes what every frame needs. @return empty, or what the driver refused
+    BString Init();
+    void ReleaseGL(); ///< gives back all that lives in the context; Init makes it anew
+
+    VXSceneDrawOptions* DrawOptions() override { return &mOptions; }
+
+    // --- Settings of the picture
+    void SetBackground(const VXMaterialColor4& top, const VXMaterialColor4& bottom, float alpha);
+    void SetTextures(vx::TextureTable* table) { mTextures = table; } ///< borrowed; null for no textures
+    void SetUpAxis(const VERTEX& up) { mUp = up; }                   ///< world axis, y or z
+    void SetBackFaceColor(const VXMaterialColor4& color) { mBackFaceColor = color; }
+    /// Device pixels for one pixel of the finished picture: lines keep their width when a picture is drawn larger to be
+    /// reduced.
+    void SetPixelScale(float scale) { mPixelScale = scale; }
+    /// Which part of the picture the viewport shows, for pictures drawn in tiles: 0..1, from the lower left.
+    void SetTile(float x, float y, float width, float height);
+    void SetShadowDensity(float density) { mShadowDensity = density; } ///< of the darkest place on the ground, 0..1
+
+    // --- After a frame
+    const BString& Error() const { return mError; }                 ///< of the last frame; empty when all went well
+    std::int64_t NumDrawCalls() const { return mNumDrawCalls; }     ///< of the last frame
+    std::size_t NumGeometries() const { return mGeometries.size(); } ///< held in buffers
+
+    // --- Hooks: VXGLDrawEngine.cpp
+    void BeginFrameState() override;
+    void EndFrameState() override;
+    void PrepareScene(VXScene* scene) override;
+    void BeginObject(VXObject* object) override;
+    void EndObject(VXObject* object) override;
+    void EnableClientArrays() override;
+    void DisableClientArrays() override;
+    void SetVertexArray(VERTEX* verts, int count) override;
+    void SetNormalArray(VERTEX* normals, int count) override;
+    void SetColorArray(VERTEX* colors, int count) override;
+    void PrepareGeometry(VXGeom* geom) override;
+    bool WantsToonUVS() override { return false; }
+
+    // --- Hooks: VXGLDrawEngineState.cpp
+    void PrepareMainPass(VXMaterial* drawMode) override;
+    void PrepareObjectPass(VXMaterial* drawMode) override;
+    void PrepareLinePass(VXMaterial* drawMode) override;
+    void PrepareArrayPass(VXMaterial* drawMode, int reserved) override;
+    void SetPassLighting(bool on) override { mPassLighting = on; }
+    void SetLineWidth(float pixels) override { mLineWidth = pixels; }
+    void SetFrameMultisample(bool on) override;
+    void SetPolygonOffset(bool on, int factor, int units) override;
+    void GetCullFace(bool& cull, bool& back) override;
+    void SetCullFace(bool cull, bool back) override;
+    void DrawBackgroundPicture(VXScene* scene) override;
+    int DrawStyledScene(VXScene* scene) override;
+    void SetPickName(int name) override { mPickName = name; }
+
+    // --- Hooks: VXGLDrawEngineSurfaces.cpp
+    void BindMaterial(VXMaterial* material) override { mMaterial = material; }
+    void DrawElements(const VXElementBatch& batch) override;
+
+    // --- Hooks: VXGLDrawEngineLines.cpp
+    void DrawPolygon(VXGeom* geom, const VXEdge& edge) override;
+    void DrawHaberlineSets(VXMaterial* material, int count, const std::uint32_t* indices,
+                           const std::uint32_t* edgeFlags, int corners) override;
+
+    // --- Hooks: VXGLDrawEngineShadow.cpp
+    void BeginDropShadow() override;
+    void EndDropShadow() override;
+    void SkipDropShadow() override {}
+
+private:
+    using Range = vx::GeomBuffers::Range;
+
+    /// How the current object stands to the viewer.
+    struct Placement
+    {
+        Mat44 modelView, toClip;
+        float normal[9];
+        bool mirrored; ///< the transform turns left into right, so that front faces wind the other way
+    };
+    struct Light
+    {
+        float position[4], color[4], axis[4], range[4];
+    };
+    struct FrameBlock;
+    struct LineStyle
+    {
+        float width = 1;    ///< pixels of the finished picture
+        VXMaterialColor4 color;
+        float alpha = 1;
+        float bias = 0;     ///< of normalised depth
+        float fadeBelow = 0, fadeTo = 1, fadeFar = 0;
+        bool lit = false;
+        VXMaterialColor4 kd;
+    };
+    struct Geometry
+    {
+        VXGeom* geom = nullptr;
+        std::int64_t lastFrame = 0;
+        vx::GeomBuffers buffers;
+    };
+
+    // Programs: VXGLDrawEngine.cpp
+    vx::Program* Variant(std::uint32_t key, const char* name, const std::string& defines, const char* vertexText,
+                         const char* fragmentText);
+    void Fail(const BString& problem);
+    vx::GeomBuffers* BuffersOf(VXObject* object, int drawGeom, VXGeom* geom);
+    void DropUnusedGeometries();
+
+    // VXGLDrawEngineState.cpp
+    void FillFrameBlock();
+    int FillLights(Light* lights, int most);
+    Placement PlacementOf(const VXObject& object) const;
+    void SetDepthState(bool test, bool write);
+    void SetBlend(bool on);
+    void SetSurfaceOffset(bool on, bool backFaces = false);
+    bool DrawsLinesOver(const VXMaterial* mode) const;
+    void SetCulling(const VXMaterial* mode, bool mirrored);
+    static bool ShowsData(const VXMaterial* mode); ///< depth or normals instead of a look
+
+    // VXGLDrawEngineSurfaces.cpp
+    std::uint32_t SurfaceVariant(const VXElementBatch& batch);
+    vx::Program* SurfaceProgram(std::uint32_t variant);
+    void DrawSurface(const VXElementBatch& batch);
+    void SetMaterialUniforms(vx::Program& program, const VXElementBatch& batch, std::uint32_t variant);
+    void BindSurfaceArrays(std::uint32_t variant);
+    void DrawTriangles(const Range& range);
+    std::uint32_t TextureOf(std::int32_t index);
+    bool IsGround(const VXObject* object) const;
+    void DrawDepthOfScene();
+
+    // VXGLDrawEngineLines.cpp
+    void DrawWires(const VXElementBatch& batch);
+    void DrawLineElements(const VXElementBatch& batch);
+    void DrawSegments(const vx::GpuArray& pairs, const Range& range, const LineStyle& style, bool points = false);
+    void FlushOutline();
+    bool ReserveSegments(std::int32_t count);
+    LineStyle WireStyle(const VXMaterial* mode) const;
+
+    // VXGLDrawEngineShadow.cpp
+    bool MakeShadowMap();
+    void BlurShadowMap();
+    void CompositeShadow();
+
+    VXSceneDrawOptions mOptions;
+    vx::TextureTable* mTextures = nullptr;
+    VXMaterialColor4 mBackTop{0.36f, 0.40f, 0.45f, 1}, mBackBottom{0.72f, 0.74f, 0.76f, 1};
+    float mBackAlpha = 1;
+    VXMaterialColor4 mBackFaceColor{0.62f, 0.42f, 0.36f, 1};
+    VERTEX mUp{0, 1, 0};
+    float mPixelScale = 1;
+    float mTile[4] = {1, 1, 0, 0};
+    float mShadowDensity = 0.32f;
+
+    // Lives in the context
+    bool mReady = false;
+    std::uint32_t mVertexArray = 0, mFrameBuffer = 0;
+    std::map<std::uint32_t, std::unique_ptr<vx::Program>> mPrograms;
+    std::map<std::uint32_t, std::unique_ptr<Geometry>> mGeometries; ///< by display list id
+    std::uint32_t mNextGeometry = 1;
+    std::map<std::int32_t, std::uint32_t> mTextureNames; ///< by index in the host's table
+    std::uint32_t mSegmentIndices = 0;
+    std::int32_t mNumSegments = 0;
+    std::uint32_t mShadowFrame = 0, mShadowDepth = 0, mShadowMaps[2] = {};
+
+    // Of the frame
+    bool mFrameBegun = false;
+    std::int64_t mFrame = 0;
+    std::int64_t mNumDrawCalls = 0;
+    BString mError;
+    std::int32_t mTargetFrame = 0, mTargetViewport[4] = {};
+    Mat44 mProjection;
+    bool mOrtho = false;
+    bool mPassLighting = true;
+    VXMaterial* mPassMode = nullptr;
+    float mLineWidth = 0; ///< 0: the style's own
+    bool mCull = false, mCullBack = true, mSurfaceOffset = false;
+    bool mDepthDrawn = false; ///< of styles that hide lines behind surfaces they do not draw
+    int mPickName = 0;
+
+    // Of the object and geometry
+    Placement mPlacement;
+    VERTEX* mVertexArrayData = nullptr;
+    int mVertexCount = 0;
+    VERTEX* mNormalData = nullptr;
+    VERTEX* mColorData = nullptr;
+    VXMaterial* mMaterial = nullptr;
+    vx::GeomBuffers* mBuffers = nullptr;
+    vx::GpuArray mColors;
+    BArray<std::int32_t> mOutlinePairs;
+
+    // Of the drop shadow
+    bool mDrawingShadowMap = false;
+    bool mShadowMapValid = false;
+    VERTEX mShadowCorner, mShadowSideA, mShadowSideB;
+    float mShadowGround = 0;
+    Mat44 mShadowView, mShadowToClip; ///< world to ground coordinates in map sizes, and to the map's clip space
+};

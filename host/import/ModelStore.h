@@ -1,0 +1,69 @@
+// VelmarBase: reference host.
+#pragma once
+
+#include "VelmarHostExport.h"
+#include "base/BArray.h"
+#include "base/BPath.h"
+#include "base/BString.h"
+#include "host/image/TextureTable.h"
+
+class VXGeom;
+class VXMaterial;
+class VXObject;
+class VXScene;
+
+namespace vx
+{
+/// How a model is brought in.
+struct ImportOptions
+{
+    float creaseAngle = 40; ///< degrees; edges at least this sharp are hard
+    bool creases = true;    ///< off: normals run through everywhere
+};
+
+/// What there is to say about an import, one line each, led by the name of the file it is about.
+struct ImportReport
+{
+    BString error;             ///< empty when the model was read
+    BArray<BString> warnings;  ///< what is missing or odd without keeping the model from being shown
+};
+
+/// Models read from files, and all that a scene refers to without owning it: meshes, materials, textures. Must outlive
+/// the scene that shows them, or at least the frames.
+class VELMAR_HOST_EXPORT ModelStore
+{
+public:
+    ModelStore();
+    ~ModelStore();
+    ModelStore(const ModelStore&) = delete;
+    ModelStore& operator=(const ModelStore&) = delete;
+
+    /// Reads a Wavefront file, plain or gzip, with the materials and textures that it names, and adds it to the scene as
+    /// one object that takes its style from the scene and casts a shadow. The scene must be the current one.
+    /// @return the object, which the scene owns; null with report.error when the model could not be used
+    VXObject* ImportObj(VXScene& scene, const BPath& path, const ImportOptions& options, ImportReport& report);
+
+    /// The same from text in memory. @param name stands for the file in messages  @param folder where the material
+    /// files that it names lie
+    VXObject* ImportObjText(VXScene& scene, const char* text, std::size_t size, const BString& name,
+                            const BPath& folder, const ImportOptions& options, ImportReport& report);
+
+    /// Gives a picture to every material that has none. @return empty, or why the picture could not be used
+    BString SetDefaultTexture(const BPath& path);
+
+    /// The material of that name, made in neutral grey when there is none yet.
+    VXMaterial* MaterialNamed(VXScene& scene, const char* name);
+
+    TextureTable& Textures() { return mTextures; }
+    std::int64_t NumMaterials() const { return mMaterials.Count(); }
+    VXMaterial* Material(std::int64_t i) const { return mMaterials[i]; }
+
+private:
+    VXObject* AddMesh(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder, ImportReport& report);
+    void ReadMaterials(VXScene& scene, const BPath& path, ImportReport& report);
+
+    BArray<VXGeom*> mMeshes;         ///< owned; objects borrow them
+    BArray<VXMaterial*> mMaterials;  ///< owned; scenes and meshes point to them
+    TextureTable mTextures;
+};
+} // namespace vx
