@@ -198,8 +198,8 @@ TEST(ObjRead, NumbersAreTheNearestFloats)
                                         "123456789012345678901234567890",
                                         "0.1e1",
                                         "00000000000000000000000001.5",
-                                        "1" + std::string(37, '0') + ".0",
-                                        "0." + std::string(500, '0') + "1e500"};
+                                        Cat("1", std::string(37, '0'), ".0"),
+                                        Cat("0.", std::string(500, '0'), "1e500")};
     for (int i = 0; i < 20000; ++i)
     {
         const float f = std::bit_cast<float>(std::uint32_t(random()));
@@ -222,7 +222,7 @@ TEST(ObjRead, NumbersAreTheNearestFloats)
     }
     std::string text;
     for (const std::string& number : numbers)
-        text += "v " + number + " 0 0\n";
+        text += Cat("v ", number, " 0 0\n");
     GEOM_ReadReport report;
     const GeomPtr g = ReadObj(text, &report);
     ASSERT_TRUE(g) << report.error.Std() << " in line " << report.errorLine;
@@ -282,22 +282,22 @@ TEST(ObjRead, TenMegabytesInALine)
         std::string text;
         bool good;
     } const cases[] = {
-        {"comment", kSquare + "#" + std::string(kLong, 'x'), true},
-        {"unknown", kSquare + std::string(kLong, 'x'), true},
+        {"comment", Cat(kSquare, "#", std::string(kLong, 'x')), true},
+        {"unknown", Cat(kSquare, std::string(kLong, 'x')), true},
         {"zero bytes", std::string(kLong, '\0'), false},
-        {"blanks", kSquare + "f" + std::string(kLong, ' ') + "1 2 3", true},
-        {"polygon", kSquare + "f" + Times(" 1 2 3", kLong), true},
-        {"points", kSquare + "p" + Times(" -1", kLong), true},
-        {"continuations", kSquare + "f 1 2 3" + Times("\\\n", kLong), true},
-        {"continued polygon", kSquare + "f" + Times(" 1\\\r\n", kLong), true},
-        {"digits", "v 0 0 " + std::string(kLong, '9'), false},
-        {"zeros", "v 0 0 0." + std::string(kLong, '0') + "1", true},
-        {"numbers", "v" + Times(" 1", kLong), true},
-        {"index", kSquare + "f 1 2 " + std::string(kLong, '1'), false},
-        {"material", kSquare + "usemtl " + std::string(kLong, 'm') + "\nf 1 2 3\n", true},
-        {"groups", kSquare + "g" + Times(" g", kLong) + "\nf 1 2 3\n", true},
-        {"carriage returns", kSquare + "f 1 2 3" + std::string(kLong, '\r'), true},
-        {"backslashes", kSquare + "g " + Times("\\\r", kLong), true},
+        {"blanks", Cat(kSquare, "f", std::string(kLong, ' '), "1 2 3"), true},
+        {"polygon", Cat(kSquare, "f", Times(" 1 2 3", kLong)), true},
+        {"points", Cat(kSquare, "p", Times(" -1", kLong)), true},
+        {"continuations", Cat(kSquare, "f 1 2 3", Times("\\\n", kLong)), true},
+        {"continued polygon", Cat(kSquare, "f", Times(" 1\\\r\n", kLong)), true},
+        {"digits", Cat("v 0 0 ", std::string(kLong, '9')), false},
+        {"zeros", Cat("v 0 0 0.", std::string(kLong, '0'), "1"), true},
+        {"numbers", Cat("v", Times(" 1", kLong)), true},
+        {"index", Cat(kSquare, "f 1 2 ", std::string(kLong, '1')), false},
+        {"material", Cat(kSquare, "usemtl ", std::string(kLong, 'm'), "\nf 1 2 3\n"), true},
+        {"groups", Cat(kSquare, "g", Times(" g", kLong), "\nf 1 2 3\n"), true},
+        {"carriage returns", Cat(kSquare, "f 1 2 3", std::string(kLong, '\r')), true},
+        {"backslashes", Cat(kSquare, "g ", Times("\\\r", kLong)), true},
     };
     for (const auto& row : cases)
     {
@@ -312,7 +312,7 @@ TEST(ObjRead, AGroupForEveryPolygonStaysSmall)
 {
     std::string text = kSquare;
     for (int i = 0; i < 60000; ++i)
-        text += "g part" + std::to_string(i) + "\nf 1 2 3\n";
+        text += Cat(Named("g part", i), "\nf 1 2 3\n");
     GEOM_ReadReport report;
     const GeomPtr g = ReadObj(text, &report);
     ASSERT_TRUE(g);
