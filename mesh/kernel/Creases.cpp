@@ -165,7 +165,6 @@ class CornerSets
 {
 public:
     bool Init(std::int64_t numCorners) { return mParent.SetCountForWriting(numCorners); }
-    bool IsEmpty() const { return mParent.IsEmpty(); }
     void Reset(std::int32_t corner) { mParent.Data()[corner] = corner; }
     std::int32_t Root(std::int32_t corner)
     {
@@ -214,7 +213,7 @@ public:
         if (!mSectors.Init(mMesh.polys.numCorners) || !MarkVertices())
             return false;
         for (const std::int32_t v : mVerts)
-            JoinCorners(v, mSectors, false);
+            JoinCorners(v);
         if (!SplitFirstSides() || !SplitSecondSides())
             return false;
         for (const std::int32_t v : mVerts)
@@ -230,8 +229,7 @@ private:
     {
         kNotSplit,
         kSplit,
-        kKept,      // some sector keeps the original
-        kFansKnown, // ... and mFans says which fans have such a sector
+        kKept, // some sector keeps the original
     };
 
     // Calls visit(edge, atV1) for each edge at a vertex, newest first.
@@ -270,12 +268,12 @@ private:
             });
     }
 
-    void JoinCorners(std::int32_t v, CornerSets& sets, bool acrossCreases) const
+    void JoinCorners(std::int32_t v)
     {
         const auto reset = [&](std::int32_t poly, std::int32_t rel)
         {
-            sets.Reset(mMesh.Corner(poly, rel));
-            VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { sets.Reset(repeat); });
+            mSectors.Reset(mMesh.Corner(poly, rel));
+            VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSectors.Reset(repeat); });
         };
         VisitEdges(v,
                    [&](const VXEdge& edge, bool atV1)
@@ -288,7 +286,7 @@ private:
         const auto joinRepeats = [&](std::int32_t poly, std::int32_t rel)
         {
             const std::int32_t corner = mMesh.Corner(poly, rel);
-            VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { sets.Join(corner, repeat); });
+            VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSectors.Join(corner, repeat); });
             return corner;
         };
         VisitEdges(v,
@@ -299,8 +297,8 @@ private:
                        if (end.poly2 < 0)
                            return;
                        const std::int32_t corner2 = joinRepeats(end.poly2, end.rel2);
-                       if (acrossCreases || !edge.IsCreaseEdge())
-                           sets.Join(corner1, corner2);
+                       if (!edge.IsCreaseEdge())
+                           mSectors.Join(corner1, corner2);
                    });
     }
 
@@ -320,58 +318,23 @@ private:
             });
     }
 
+    // The first sector that is left keeps the original. Others get copies as well: they lie opposite each other, or in
+    // fans that only touch, and normals that were summed over both could even cancel out.
     bool SplitSecondSides()
     {
         return VisitCreaseEnds(
             [this](std::int32_t v, const EdgeEnd& end)
             {
-                const std::int32_t corner = mMesh.Corner(end.poly2, end.rel2);
-                const std::int32_t root = mSectors.Root(corner);
+                const std::int32_t root = mSectors.Root(mMesh.Corner(end.poly2, end.rel2));
                 if (mSectors.HasValue(root))
                     return true;
                 std::uint8_t& state = mSplit.Data()[v];
-                if (state == kSplit)
-                {
-                    state = kKept;
-                    mSectors.SetValue(root, v);
-                    return true;
-                }
-                if (!FindFans(v, state))
-                    return false;
-                const std::int32_t fan = mFans.Root(corner);
-                if (mFans.HasValue(fan))
+                if (state == kKept)
                     return AddCopy(v, root);
-                mFans.SetValue(fan, 0);
+                state = kKept;
                 mSectors.SetValue(root, v);
                 return true;
             });
-    }
-
-    // Joins the corners around a vertex into fans and gives a value to those in which a sector keeps the original.
-    bool FindFans(std::int32_t v, std::uint8_t& state)
-    {
-        if (state == kFansKnown)
-            return true;
-        if (mFans.IsEmpty() && !mFans.Init(mMesh.polys.numCorners))
-            return false;
-        state = kFansKnown;
-        JoinCorners(v, mFans, true);
-        const auto noteKeeper = [&](std::int32_t corner)
-        {
-            const std::int32_t root = mSectors.Root(corner);
-            const std::int32_t fan = mFans.Root(corner);
-            if (mSectors.HasValue(root) && mSectors.Value(root) == v && !mFans.HasValue(fan))
-                mFans.SetValue(fan, 0);
-        };
-        VisitEdges(v,
-                   [&](const VXEdge& edge, bool atV1)
-                   {
-                       const EdgeEnd end = EndAt(edge, atV1);
-                       noteKeeper(mMesh.Corner(end.poly1, end.rel1));
-                       if (end.poly2 >= 0)
-                           noteKeeper(mMesh.Corner(end.poly2, end.rel2));
-                   });
-        return true;
     }
 
     void RedirectCorners(std::int32_t v)
@@ -431,7 +394,6 @@ private:
     BArray<std::uint8_t>& mSplit;
     BArray<std::int32_t> mVerts; // at which a crease ends, each once
     CornerSets mSectors;         // value: the vertex that the sector uses
-    CornerSets mFans;            // value: a sector of the fan keeps the original; only where two would
 };
 
 // --- Texture coordinates

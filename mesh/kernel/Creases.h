@@ -9,8 +9,8 @@
 
 /// @file
 /// Hard edges: which edges are creases, and which vertex each polygon corner uses when the vertices along them are
-/// split. A sector is a run of polygons around a vertex between two creases (or open edges); a fan is what hangs
-/// together around a vertex, creases or not. The record's indices and the edges' polygons are trusted.
+/// split. A sector is a run of polygons around a vertex between two creases (or open edges). The record's indices and
+/// the edges' polygons are trusted.
 
 namespace vx
 {
@@ -43,7 +43,7 @@ struct CreaseRules
 bool ClassifyEdges(const CreaseMesh& mesh, const CreaseRules& rules, BArray<std::int32_t>& creases);
 
 /// Gives every sector beside a crease its own vertex. Crease edges in order, V1 before V2: polygon 1's sector gets a
-/// copy of the vertex unless it has one. Of the sectors of a fan that are left, the first keeps the original and the
+/// copy of the vertex unless it has one. Of the sectors at a vertex that are left, the first keeps the original and the
 /// others get copies. Writes the edges' crease data and Classified flags. Linear in the corners around the vertices
 /// that are split.
 /// @param sets      in: copy of the record's corner index array; out: crease corners redirected

@@ -154,7 +154,7 @@ TEST(Creases, AnyMeshAtAllComesOutConsistent)
         for (int v = 0; v < numVerts; ++v)
             g->verts[v] = {float(random() % 100), float(random() % 100), float(random() % 100)};
         for (int p = 0; p < g->numPolys; ++p)
-            g->Poly(p)->SetGroupWord(0, random() % 3);
+            g->Poly(p)->SetGroupWord(0, std::uint32_t(random() % 3));
         const auto geom = CreasedGeom(*g);
         ExpectConsistent(*geom);
         if (HasFailure())
@@ -259,9 +259,9 @@ TEST(Creases, OppositeSectorsOfOneFanDoNotShareAVertex)
     ExpectConsistent(*geom);
 }
 
-TEST(Creases, FansThatOnlyTouchMayKeepTheSameVertex)
+TEST(Creases, FansThatOnlyTouchDoNotShareAVertexEither)
 {
-    // Two pairs of hard-edged triangles that meet in vertex 0 alone: each pair has one copy and one keeper.
+    // Two pairs of hard-edged triangles that meet in vertex 0 alone.
     const TestMesh mesh{"touching",
                         {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}, {-1, 0, 0}, {-1, -1, 0}, {0, -1, -1}},
                         {{0, 1, 2}, {0, 2, 3}, {0, 4, 5}, {0, 5, 6}}};
@@ -269,9 +269,10 @@ TEST(Creases, FansThatOnlyTouchMayKeepTheSameVertex)
     for (int p = 0; p < 4; ++p)
         g->Poly(p)->SetGroupWord(0, 1u << p);
     const auto geom = CreasedGeom(*g);
-    EXPECT_EQ(geom->NumbCreaseVerts(), 4); // two at vertex 0, one at each outer end
-    EXPECT_EQ(geom->CreaseSets()[3], 0);
-    EXPECT_EQ(geom->CreaseSets()[9], 0);
+    std::set<int> atTip;
+    for (int f = 0; f < 4; ++f)
+        atTip.insert(geom->CreaseSets()[3 * f]);
+    EXPECT_EQ(atTip.size(), 4u);
     ExpectConsistent(*geom);
 }
 

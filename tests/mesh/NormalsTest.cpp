@@ -57,8 +57,10 @@ TEST(Normals, TurnWithTheMesh)
         MAT_VertTransform(mesh.verts.data(), turned.verts.data(), int(mesh.verts.size()), turn);
         const auto before = GeomOf(mesh, creases), after = GeomOf(turned, creases);
         ASSERT_EQ(before->NumVerts(true), after->NumVerts(true));
-        for (int v = 0; v < before->NumVerts(true); ++v)
+        const std::int32_t* const sets = before->Sets(true);
+        for (std::int64_t c = 0; c < before->Geom()->NumCorners(); ++c) // a vertex without corners has a fixed normal
         {
+            const int v = sets[c];
             VERTEX expected;
             MAT_VertTransform(before->VertNormal(v), &expected, 1, turn);
             EXPECT_LT(Distance(expected, *after->VertNormal(v)), 2e-6f) << v; // a few roundings of unit vectors
@@ -150,7 +152,7 @@ TEST(Normals, SumsOverCornersEqualThoseOverEdges)
             sums[std::size_t(b)] += *geom->PolyNormal(edge.PolyIndex2());
         }
         for (VERTEX& sum : sums)
-            sum = Length(sum) > 0 ? sum * (1 / Length(sum)) : VERTEX{0, 0, 1};
+            sum = Length(sum) > 0 ? sum * (1 / Length(sum)) : VERTEX{0, 0, 1}; // no sum cancels out in these meshes
         for (int e = 0; e < edges.GetEdgeCount(); ++e)
         {
             const VXEdge& edge = edges.GetEdge(e);
@@ -232,9 +234,10 @@ TEST(Normals, WithoutMemoryNothingIsTorn)
                 EXPECT_EQ(geom->NumVerts(true), creases ? 24 : 8);
                 break;
             }
-            if (geom->NumbCreaseVerts() == 0)
-                for (int e = 0; e < 12; ++e) // no edge names a vertex that is not there
-                    EXPECT_LT(geom->EdgeList().GetEdge(e).CreaseVertexP1V1(false), 8);
+            for (int e = 0; e < 12; ++e) // no edge names a vertex that is not there
+            {
+                EXPECT_LT(geom->EdgeList().GetEdge(e).CreaseVertexP1V1(false), geom->NumVerts(true));
+            }
         }
     MEM_SetAllocationFailed(false);
 }

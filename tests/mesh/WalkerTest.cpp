@@ -105,28 +105,52 @@ TEST(Walker, FollowsTheSameRuleAtAnyValence)
     }
 }
 
-TEST(Walker, SmoothingListHasThePolygonsOnBothSides)
+TEST(Walker, SmoothingListIsWhatWalkingAroundEveryVertexGives)
 {
-    const GeomPtr g = Grid(2, 1).Record(); // two coplanar quads
-    VXGeom geom;
-    ASSERT_EQ(geom.SetGeom(g.get(), true), 0);
-    geom.SetUseCreaseAngle(false);
-    geom.BuildEdgeList();
-    geom.BuildVertSmoothList();
-    const auto polysOf = [&geom](int v)
+    for (const TestMesh& mesh : {Torus(6, 5), RoughGrid(6, 2, 1.5f), Fan(80), TwoCubesSharingAnEdge()})
     {
-        std::vector<int> polys;
-        for (const auto* node = geom.VertSmoothingList().First(v); node; node = node->next)
-            polys.push_back(node->poly);
-        std::sort(polys.begin(), polys.end());
-        return polys;
-    };
-    const VXEdgeList& edges = geom.EdgeList();
-    for (int e = 0; e < edges.GetEdgeCount(); ++e)
-        if (!edges.GetEdge(e).IsOpenEdge())
+        SCOPED_TRACE(mesh.name);
+        VXGeom geom;
+        ASSERT_EQ(geom.SetGeom(mesh.Record().get(), true), 0);
+        geom.BuildVertSmoothList();
+        ASSERT_EQ(geom.VertSmoothingList().Count(), geom.NumVerts(true));
+
+        std::vector<std::vector<int>> expected(std::size_t(geom.NumVerts(true)));
+        const auto add = [&expected](int v, int poly)
         {
-            EXPECT_EQ(polysOf(edges.GetEdge(e).VertIndex1()), (std::vector<int>{0, 1}));
-            EXPECT_EQ(polysOf(edges.GetEdge(e).VertIndex2()), (std::vector<int>{0, 1}));
+            std::vector<int>& list = expected[std::size_t(v)];
+            if (std::find(list.begin(), list.end(), poly) == list.end())
+                list.push_back(poly);
+        };
+        const VXEdgeList& edges = geom.EdgeList();
+        for (int v = 0; v < geom.NumVerts(false); ++v)
+        {
+            const VXEdge& newest = edges.GetEdge(edges.GetEdgefromVertexLink(edges.GetFirstVertexLink(v)));
+            for (const int e : WalkedPlainly(edges, newest.VertIndex1(), -1, newest.PolyIndex1()))
+            {
+                const VXEdge& edge = edges.GetEdge(e);
+                const int plain[] = {edge.VertIndex1(), edge.VertIndex2()};
+                const int crease1[] = {edge.CreaseVertexP1V1(false), edge.CreaseVertexP1V2(false)};
+                const int crease2[] = {edge.CreaseVertexP2V1(false), edge.CreaseVertexP2V2(false)};
+                for (int end = 0; end < 2; ++end)
+                {
+                    add(plain[end], edge.PolyIndex1());
+                    add(crease1[end], edge.PolyIndex1());
+                    if (edge.IsOpenEdge())
+                        continue;
+                    add(plain[end], edge.PolyIndex2());
+                    add(crease2[end], edge.PolyIndex2());
+                    if (edge.IsSmoothEdge())
+                        add(crease1[end], edge.PolyIndex2());
+                }
+            }
         }
-    EXPECT_EQ(geom.VertSmoothingList().Count(), 6);
+        for (int v = 0; v < geom.NumVerts(true); ++v)
+        {
+            std::vector<int> polys;
+            for (const auto* node = geom.VertSmoothingList().First(v); node; node = node->next)
+                polys.push_back(node->poly);
+            EXPECT_EQ(polys, expected[std::size_t(v)]) << v;
+        }
+    }
 }

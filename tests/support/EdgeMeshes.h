@@ -42,7 +42,7 @@ inline GeomPtr RecordOf(int numVerts, const std::vector<TestPoly>& polys)
 inline std::vector<TestPoly> RandomPolys(std::mt19937& random, int numVerts, int count)
 {
     constexpr std::uint8_t kTypes[] = {kElementFace, kElementFace, kElementFaceAlso, kElementLine, kElementPoint, 4};
-    std::vector<TestPoly> polys(std::size_t(count));
+    std::vector<TestPoly> polys(static_cast<std::size_t>(count));
     for (TestPoly& poly : polys)
     {
         poly.type = kTypes[random() % std::size(kTypes)];
