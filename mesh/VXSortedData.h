@@ -17,7 +17,8 @@ struct VXSortedSet
     std::uint16_t MaterialIndex() const { return std::uint16_t(key); } ///< slot of the record; the rest is the texture
 };
 
-/// Why an edge of a drawn element is drawn, in the edge-flag words below.
+/// Which edges of an element are drawn as lines, and why, in the edge-flag words below. An edge is marked in the
+/// elements on both its sides. A texture seam splits vertices as a crease does, but is no line.
 enum VXElementEdgeFlag : std::uint32_t
 {
     kElementEdgeDrawn = 1u << 0,     ///< bit k: draw the edge that starts at corner k (k = 0 .. 3)
