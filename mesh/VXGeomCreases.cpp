@@ -46,6 +46,7 @@ bool VXGeom::SplitCreases(EDGELIST* caller)
     mLentUvsPerVertex = nullptr;
     mLentCreaseSets = mLentOrigCreaseIndex = nullptr;
     SetUseExternalCreaseInfo(false);
+    SetDataSorted(false); // the corners to draw change with the crease vertices
     mNumbCreaseVerts = 0;
     if (FillCreaseData(caller))
     {

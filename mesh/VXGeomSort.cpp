@@ -141,23 +141,26 @@ static bool SizeBucket(VXSortedBucket& bucket, int storedCorners, std::span<std:
 
 // --- Edges that are drawn as lines
 
-static void MarkEdge(std::span<std::uint16_t> marks, std::int32_t poly, std::int32_t corner, std::uint32_t why)
+/// Per polygon its edge flags, which need less than 16 bits, and above them its material: edges in random order then
+/// read one word of a small array for each polygon instead of its record.
+using EdgeMarks = std::span<std::uint32_t>;
+
+static void MarkEdge(EdgeMarks marks, std::int32_t poly, std::int32_t corner, std::uint32_t why)
 {
-    if (std::uint32_t(poly) < marks.size() && std::uint32_t(corner) < 4)
-        marks[std::size_t(poly)] = std::uint16_t(marks[std::size_t(poly)] | kElementEdgeDrawn << corner | why);
+    if (std::uint32_t(corner) < 4)
+        marks[std::size_t(poly)] |= kElementEdgeDrawn << corner | why;
 }
 
 // Marks the elements along every edge that is to be drawn: on both sides, since either may be turned away or hidden.
 // Texture seams split vertices like creases, but nothing is to be seen there, so they are no lines.
-static void MarkDrawnEdges(const VXEdgeList& edges, const GEOM& geom, std::span<std::uint16_t> marks)
+static void MarkDrawnEdges(const VXEdgeList& edges, bool compareMaterials, EdgeMarks marks)
 {
-    const bool compareMaterials = geom.materials.Count() != 1;
-    const std::int32_t count = edges.GetEdgeCount();
+    const std::int32_t numPolys = std::int32_t(marks.size()), count = edges.GetEdgeCount();
     for (std::int32_t i = 0; i < count; ++i)
     {
         const VXEdge& edge = edges.GetEdge(i);
         const std::int32_t poly1 = edge.PolyIndex1(), poly2 = edge.PolyIndex2();
-        if (poly1 >= geom.numPolys || poly2 >= geom.numPolys)
+        if (poly1 >= numPolys || poly2 >= numPolys)
             continue; // the record has shrunk since its edges were built
         std::uint32_t why = 0;
         if (poly2 < 0)
@@ -166,7 +169,7 @@ static void MarkDrawnEdges(const VXEdgeList& edges, const GEOM& geom, std::span<
         {
             if (edge.IsCreaseEdge() && !edge.IsSmoothEdge())
                 why = kElementEdgeCrease;
-            if (compareMaterials && geom.Poly(poly1)->material != geom.Poly(poly2)->material)
+            if (compareMaterials && (marks[std::size_t(poly1)] ^ marks[std::size_t(poly2)]) >> 16 != 0)
                 why |= kElementEdgeMaterial;
         }
         if (why == 0)
@@ -175,6 +178,16 @@ static void MarkDrawnEdges(const VXEdgeList& edges, const GEOM& geom, std::span<
         if (poly2 >= 0)
             MarkEdge(marks, poly2, edge.IsEdgeOrderedProperly() ? edge.RelIndexP2V2() : edge.RelIndexP2V1(), why);
     }
+}
+
+static bool FillEdgeMarks(const VXEdgeList& edges, const GEOM& geom, BArray<std::uint32_t>& marks)
+{
+    if (!marks.SetCountForWriting(geom.numPolys))
+        return false;
+    for (std::int32_t i = 0; i < geom.numPolys; ++i)
+        marks[i] = std::uint32_t(geom.Poly(i)->material) << 16;
+    MarkDrawnEdges(edges, geom.materials.Count() != 1, {marks.Data(), std::size_t(marks.Count())});
+    return true;
 }
 
 // --- Sorting
@@ -236,15 +249,10 @@ bool VXGeom::FillSortedData()
                         ranks.keys))
             return false;
 
-    BArray<std::uint16_t> marks; // per polygon: its edge flags, which are less than 16 bits
-    const VXSortedBucket& quads = Sorted(VXElementKind::Quads);
-    const VXSortedBucket& triangles = Sorted(VXElementKind::Triangles);
-    if (quads.count > 0 || triangles.count > 0)
-    {
-        if (!marks.Reserve(mGeom->numPolys) || !marks.SetCount(mGeom->numPolys))
-            return false;
-        MarkDrawnEdges(mEdgeList, *mGeom, {marks.Data(), std::size_t(marks.Count())});
-    }
+    BArray<std::uint32_t> marks;
+    const bool haveMarked = NumQuads() > 0 || Sorted(VXElementKind::Triangles).count > 0;
+    if (haveMarked && !FillEdgeMarks(mEdgeList, *mGeom, marks))
+        return false;
 
     const std::int32_t* const sets = Sets(true);
     for (std::int32_t i = 0; i < mGeom->numPolys; ++i)
@@ -259,7 +267,7 @@ bool VXGeom::FillSortedData()
         if (!bucket.corners)
             continue;
         std::copy_n(sets + poly.start, poly.length, bucket.corners + std::int64_t(place) * poly.length);
-        bucket.edgeFlags[place] = marks.Data()[i];
+        bucket.edgeFlags[place] = marks[i] & 0xFFFFu;
     }
     return true;
 }
