@@ -171,7 +171,7 @@ public:
     void Release() ///< count 0, storage given back
     {
         Empty();
-        MEM_RawFree(mData, std::size_t(mCapacity) * sizeof(T));
+        MEM_RawFree(mData, std::size_t(mCapacity) * kEntryBytes);
         mData = nullptr;
         mCapacity = 0;
     }
@@ -222,8 +222,8 @@ private:
 
     bool Reallocate(std::int64_t capacity, bool keepOnFailure = false)
     {
-        const bool fits = std::uint64_t(capacity) <= std::uint64_t(INT64_MAX) / sizeof(T);
-        T* const fresh = fits ? static_cast<T*>(MEM_RawAlloc(std::size_t(capacity) * sizeof(T))) : nullptr;
+        const bool fits = std::uint64_t(capacity) <= std::uint64_t(INT64_MAX) / kEntryBytes;
+        T* const fresh = fits ? static_cast<T*>(MEM_RawAlloc(std::size_t(capacity) * kEntryBytes)) : nullptr;
         if (!fresh)
         {
             if (!keepOnFailure)
@@ -234,7 +234,8 @@ private:
         if constexpr (std::is_trivially_copyable_v<T>)
         {
             if (count > 0)
-                std::memcpy(static_cast<void*>(fresh), static_cast<const void*>(mData), std::size_t(count) * sizeof(T));
+                std::memcpy(static_cast<void*>(fresh), static_cast<const void*>(mData),
+                            std::size_t(count) * kEntryBytes);
         }
         else
             std::uninitialized_move(mData, mData + count, fresh);
@@ -244,6 +245,9 @@ private:
         mCapacity = capacity;
         return true;
     }
+
+    static constexpr std::size_t kEntryBytes =
+        sizeof(T); // NOLINT(bugprone-sizeof-expression): T may be a pointer itself
 
     T* mData = nullptr;
     std::int64_t mCount = 0;

@@ -16,8 +16,9 @@ constexpr char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? char(c + ('a' 
 
 BString BString::Format(const char* format, ...)
 {
-    va_list arguments, again;
+    va_list arguments;
     va_start(arguments, format);
+    va_list again;
     va_copy(again, arguments);
     char small[256];
     const int length = std::vsnprintf(small, sizeof small, format, arguments);
