@@ -387,7 +387,7 @@ private:
                           std::int32_t first);
 
     bool mHWShadingAllowed = false;
-    std::int32_t mReserved = 0;
+    [[maybe_unused]] std::int32_t mReserved = 0;
     bool mDeleteShadersPending = false;
     VXMaterial* mCurrentMaterial = nullptr;
     VXScene* mScene = nullptr;
