@@ -100,7 +100,10 @@ public:
     int PolyLength(int i) const { return mGeom && i < mGeom->numPolys ? mGeom->Poly(i)->length : 0; }
     VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
     VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
-    std::uint32_t PolySmoothingGroup(int i) const;     ///< word 0 of the polygon's group bits; 0 out of range
+    std::uint32_t PolySmoothingGroup(int i) const; ///< word 0 of the polygon's group bits; 0 out of range
+    // What a subdivision left here: for each polygon (vertex) of this mesh, the one that it came from.
+    BArray<int>& SubdivPolyRemapTable() { return mSubdivPolyRemapTable; }
+    BArray<int>& SubdivVertRemapTable() { return mSubdivVertRemapTable; }
     bool PolyIncludesVertex(int poly, int vert) const; ///< vert: of the record
     bool EdgeIncludesVertex(int edge, int vert) const; ///< vert: of the record
 
