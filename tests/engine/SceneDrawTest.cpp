@@ -62,11 +62,12 @@ struct LoggedScene
                 return 0; // a frame goes on whatever the proc answers
             },
             this);
+        current = this;
         scene.SetEndProc(
             [](VXScene*, void* data)
             {
-                static_cast<LoggedScene*>(data)->log.push_back("end proc"); // the prepare proc's data: so it compiles
-                return 0;                                                   // and runs with a wrong pointer given
+                current->log.push_back(data == current ? "end proc" : "end proc with other data");
+                return 0;
             },
             &unrelated);
         engine.onFrame = [this](VXScene* drawn)
@@ -86,7 +87,8 @@ struct LoggedScene
     DrawEngineDouble engine;
     VXScene scene;
     VXLight* light = new VXLight;
-    int unrelated = 0;
+    int unrelated = 0; ///< the end proc's own data, which it never sees
+    static inline LoggedScene* current = nullptr;
     Mat44 view;
 };
 
