@@ -108,31 +108,24 @@ TEST(WirePass, DrawsWhatAToolWorksOnInItsOwnWay)
     struct Row
     {
         const char* name;
-        bool group, morph, displayMembers, hiddenLine;
+        bool group, morph, displayMembers, forceOpaque, lightLines;
         Lines expected;
     };
+    const Lines plain = {"DrawSortedElements current", "DrawSortedElements member"};
+    const Lines allBlack = {"DrawSortedElements current black", "DrawSortedElements member black"};
+    const Lines grouped = {"DrawGroupToolObject current", "DrawSortedElements member black"};
+    const Lines shown = {"DrawSortedElements current", "DrawGroupToolMember member"};
     const Row rows[] = {
-        {"no tool", false, false, false, false, {"DrawSortedElements current", "DrawSortedElements member"}},
-        {"grouping", true, false, false, false, {"DrawGroupToolObject current", "DrawSortedElements member black"}},
-        {"grouping, hidden line",
-         true,
-         false,
-         false,
-         true,
-         {"DrawSortedElements current black", "DrawSortedElements member black"}},
-        {"morphing",
-         false,
-         true,
-         false,
-         false,
-         {"DrawSortedElements current black", "DrawSortedElements member black"}},
-        {"members shown", false, false, true, false, {"DrawSortedElements current", "DrawGroupToolMember member"}},
-        {"grouping comes first",
-         true,
-         true,
-         true,
-         false,
-         {"DrawGroupToolObject current", "DrawSortedElements member black"}},
+        // clang-format off
+        // name                    group  morph  members opaque lit
+        {"no tool",                false, false, false,  false, false, plain},
+        {"grouping",               true,  false, false,  false, false, grouped},
+        {"grouping, hidden line",  true,  false, false,  true,  false, allBlack},
+        {"grouping, lit wires",    true,  false, false,  true,  true,  grouped},
+        {"morphing",               false, true,  false,  false, false, allBlack},
+        {"members shown",          false, false, true,   false, false, shown},
+        {"grouping comes first",   true,  true,  true,   false, false, grouped},
+        // clang-format on
     };
     for (const Row& row : rows)
     {
@@ -145,7 +138,8 @@ TEST(WirePass, DrawsWhatAToolWorksOnInItsOwnWay)
         member->DefaultMaterial()->KdColor().Set(0.1f, 0.2f, 0.3f, 0.4f);
         stage.scene.SetCurrentObjectByInternalName("current");
         stage.scene.SetWireMode();
-        stage.scene.SceneMaterial()->SetFlagForceOpaque(row.hiddenLine);
+        stage.scene.SceneMaterial()->SetFlagForceOpaque(row.forceOpaque);
+        stage.scene.SceneMaterial()->SetFlagLightLines(row.lightLines);
         tools.group = row.group;
         tools.morph = row.morph;
         tools.cd1 = tools.cd2 = row.displayMembers;
