@@ -26,7 +26,8 @@ static std::string Number(double value)
 {
     const long long scaled = static_cast<long long>(std::floor(value * 10000 + 0.5 + 1e-6));
     const unsigned long long size = static_cast<unsigned long long>(scaled < 0 ? -scaled : scaled);
-    std::string text = (scaled < 0 ? "-" : "") + std::to_string(size / 10000);
+    std::string text = scaled < 0 ? "-" : "";
+    text += std::to_string(size / 10000);
     if (size % 10000 != 0)
     {
         std::string decimals = std::to_string(size % 10000 + 10000).substr(1);
@@ -34,6 +35,14 @@ static std::string Number(double value)
         text += "." + decimals;
     }
     return text;
+}
+
+static void AppendStatement(std::string& text, const char* keyword, const std::vector<std::string>& arguments)
+{
+    text += keyword;
+    for (const std::string& argument : arguments)
+        text.append(" ").append(argument);
+    text += "\n";
 }
 
 void ObjModel::Place(Vec3 origin, Vec3 x, Vec3 y, Vec3 z)
@@ -47,13 +56,13 @@ void ObjModel::Place(Vec3 origin, Vec3 x, Vec3 y, Vec3 z)
 int ObjModel::Vert(Vec3 local)
 {
     const Vec3 p = mOrigin + local.x * mX + local.y * mY + local.z * mZ;
-    mVerts += "v " + Number(p.x) + " " + Number(p.y) + " " + Number(p.z) + "\n";
+    AppendStatement(mVerts, "v", {Number(p.x), Number(p.y), Number(p.z)});
     return mNumVerts++;
 }
 
 int ObjModel::Uv(double u, double v)
 {
-    mUvs += "vt " + Number(u) + " " + Number(v) + "\n";
+    AppendStatement(mUvs, "vt", {Number(u), Number(v)});
     return mNumUvs++;
 }
 
@@ -68,36 +77,34 @@ void ObjModel::State(std::string& slot, const std::string& statement)
 void ObjModel::Object(const std::string& name) { State(mObject, "o " + name); }
 void ObjModel::Group(const std::string& names) { State(mGroup, "g " + names); }
 void ObjModel::Material(const std::string& name) { State(mMaterial, "usemtl " + name); }
-void ObjModel::Smooth(int group) { State(mSmooth, group > 0 ? "s " + std::to_string(group) : "s off"); }
+void ObjModel::Smooth(int group)
+{
+    State(mSmooth, group > 0 ? std::string("s ").append(std::to_string(group)) : "s off");
+}
 
 void ObjModel::Face(const std::vector<int>& verts, const std::vector<int>& uvs)
 {
-    mBody += "f";
+    std::vector<std::string> corners;
     for (std::size_t i = 0; i < verts.size(); ++i)
     {
         const std::size_t k = mReversed ? verts.size() - 1 - i : i;
-        mBody += " " + std::to_string(verts[k] + 1);
+        corners.push_back(std::to_string(verts[k] + 1));
         if (!uvs.empty())
-            mBody += "/" + std::to_string(uvs[k] + 1);
+            corners.back().append("/").append(std::to_string(uvs[k] + 1));
     }
-    mBody += "\n";
+    AppendStatement(mBody, "f", corners);
 }
 
-void ObjModel::Line(const std::vector<int>& verts)
+static std::vector<std::string> Indices(const std::vector<int>& verts)
 {
-    mBody += "l";
+    std::vector<std::string> texts;
     for (int v : verts)
-        mBody += " " + std::to_string(v + 1);
-    mBody += "\n";
+        texts.push_back(std::to_string(v + 1));
+    return texts;
 }
 
-void ObjModel::Points(const std::vector<int>& verts)
-{
-    mBody += "p";
-    for (int v : verts)
-        mBody += " " + std::to_string(v + 1);
-    mBody += "\n";
-}
+void ObjModel::Line(const std::vector<int>& verts) { AppendStatement(mBody, "l", Indices(verts)); }
+void ObjModel::Points(const std::vector<int>& verts) { AppendStatement(mBody, "p", Indices(verts)); }
 
 std::string ObjModel::Text() const
 {
