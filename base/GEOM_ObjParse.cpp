@@ -109,8 +109,8 @@ const char* ObjParser::NumberError(const char* p, int found, int wanted)
     const bool number = !end && (*digits == '.' || (*digits >= '0' && *digits <= '9')) && digits[0] != '\n' &&
                         (digits[0] != '.' || (digits[1] >= '0' && digits[1] <= '9'));
     if (number || BeginsWith(digits, "nan") || BeginsWith(digits, "inf"))
-        return Fail("the number " + token + " is not finite");
-    return Fail("malformed number " + token);
+        return Fail("the number " + token + " is not finite, expected one that a float can hold");
+    return Fail("malformed number " + token + ", expected digits");
 }
 
 // --- Numbers
@@ -152,12 +152,17 @@ inline const char* ObjParser::Index(const char* p, std::int64_t count, std::int6
     {
         if (*p == '\n' || *p == '#' || IsBlank(*p))
             return Fail(BString::Format("the statement is truncated: expected the index of a %s", what));
-        return Fail(BString::Format("malformed index of a %s: ", what) + Quoted(p));
+        return Fail(BString::Format("malformed index of a %s: ", what) + Quoted(p) + ", expected a whole number");
     }
     const std::int64_t at = value > 0 ? value - 1 : count + value;
     if (value == 0 || at < 0 || at >= limit) [[unlikely]]
-        return Fail(BString::Format("index %lld of a %s is out of range, there are %lld", static_cast<long long>(value),
-                                    what, static_cast<long long>(at < limit ? count : limit)));
+    {
+        const long long there = at < limit ? count : limit;
+        const BString expected = there > 0 ? BString::Format("expected 1 to %lld or -%lld to -1", there, there)
+                                           : BString("expected a statement that makes one");
+        return Fail(BString::Format("index %lld of a %s is out of range, ", static_cast<long long>(value), what) +
+                    expected);
+    }
     mPointsAhead |= at >= count;
     index = std::int32_t(at);
     return end;
@@ -283,7 +288,7 @@ const char* ObjParser::Polygon(const char* p, GEOM_ElementType type)
                     return NoMemory();
             }
             if (*p == '/')
-                return Fail("a corner has more than three indices");
+                return Fail("a corner has more than three indices, expected v/vt/vn");
         }
         if (to.normalSets.data)
             to.normalSets.data[corner] = normal;
@@ -463,8 +468,9 @@ const char* ObjParser::Smoothing(const char* p)
             std::int64_t number;
             const char* const end = ScanInteger(p, mEnd, number);
             if (!end || !EndsToken(*end) || number < 0)
-                return *p == '\n' || *p == '#' ? Fail("the statement is truncated: expected a smoothing group")
-                                               : Fail("malformed smoothing group " + Quoted(p));
+                return *p == '\n' || *p == '#'
+                           ? Fail("the statement is truncated: expected a smoothing group")
+                           : Fail("malformed smoothing group " + Quoted(p) + ", expected a number or off");
             if (number > 0)
                 word |= 1u << ((number - 1) % 32);
             p = SkipBlanks(end);

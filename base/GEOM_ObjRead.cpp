@@ -217,14 +217,14 @@ static bool ParseContents(const char* text, std::size_t size, GEOM_ProgressProc 
 {
     if (!text || size == 0)
     {
-        report.error = "the file is empty";
+        report.error = "the file is empty, expected the text of a Wavefront OBJ file";
         return false;
     }
     ObjParser parser(text, size, progress, contents, report);
     if (!parser.Parse() || (parser.SomeIndexPointsAhead() && !CheckIndices(text, size, contents, report)))
         return false;
     if (contents.verts.count == 0)
-        report.error = "no vertices: not an OBJ file?";
+        report.error = "no vertices, expected the text of a Wavefront OBJ file";
     return contents.verts.count > 0;
 }
 
