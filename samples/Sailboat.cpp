@@ -74,13 +74,27 @@ double Keel(double t)
     return -0.5 + 0.42 * aft * aft + 0.75 * fore * fore * fore;
 }
 
-Vec3 HullPoint(int station, int row, double side)
+// A point of the hull at a station, `rise` of the way up from keel (0) to rail (1).
+Vec3 HullAt(double t, double rise, double side)
 {
-    const double t = Station(station), a = 0.5 * std::numbers::pi * row / (kRows - 1);
-    const double rise = row == kRows - 1 ? 1 : 1 - std::pow(std::cos(a), 1.1);
+    const double a = std::acos(std::pow(1 - rise, 1 / 1.1));
     const double rake = 0.4 * std::pow(t, 4) * rise - 0.18 * std::pow(1 - t, 6) * rise; // stem and stern lean outwards
     return {-3 + 6 * t + rake, Keel(t) + (Rail(t) - Keel(t)) * rise,
             side * HalfBreadth(t) * std::pow(std::sin(a), 0.8)};
+}
+
+Vec3 HullPoint(int station, int row, double side)
+{
+    const double a = 0.5 * std::numbers::pi * row / (kRows - 1);
+    return HullAt(Station(station), row == kRows - 1 ? 1 : 1 - std::pow(std::cos(a), 1.1), side);
+}
+
+// The hull's own point moved inboard by the thickness of the planking.
+Vec3 Inboard(Vec3 p, int station, double side)
+{
+    if (station == kStations - 1)
+        return p - Vec3{0.22, 0, 0};
+    return p + Vec3{station == 0 ? 0.1 : 0, 0, -side * std::min(0.09, 0.6 * std::abs(p.z))};
 }
 
 /// Vertex of each station and row; on the keel and at the stem both sides share them.
@@ -99,10 +113,11 @@ HullSide AddHullSide(ObjModel& model, double side, const HullSide* other)
         for (int row = 0; row < kRows; ++row)
             hull.verts[i][row] =
                 other && (row == 0 || stem) ? other->verts[i][row] : model.Vert(HullPoint(i, row, side));
-        Vec3 inner = HullPoint(i, kRows - 1, side);
-        inner = stem ? inner - Vec3{0.22, 0, 0} : inner + Vec3{i == 0 ? 0.1 : 0, 0, -0.09 * side};
-        hull.rail[i] = other && stem ? other->rail[i] : model.Vert(inner);
-        hull.deck[i] = other && stem ? other->deck[i] : model.Vert({inner.x, kDeck, inner.z});
+        const double t = Station(i);
+        const Vec3 rail = Inboard(HullAt(t, 1, side), i, side);
+        const Vec3 deck = Inboard(HullAt(t, (kDeck - Keel(t)) / (Rail(t) - Keel(t)), side), i, side);
+        hull.rail[i] = other && stem ? other->rail[i] : model.Vert(rail);
+        hull.deck[i] = other && stem ? other->deck[i] : model.Vert(deck);
     }
 
     model.SetReversed(side < 0);
@@ -306,7 +321,7 @@ struct Paint
 
 Paint Cloth(double u, double v)
 {
-    const double x = (u - 0.42) / 0.27, y = (v - 0.4) / 0.135, r = std::hypot(x, y); // round on the main sail
+    const double x = (u - 0.42) / 0.27, y = (v - 0.4) / 0.092, r = std::hypot(x, y); // round on the main sail
     const double wave = 0.1 * std::sin(9 * x);
     if (r < 1 && y > -0.18 + wave)
         return {1, 1};

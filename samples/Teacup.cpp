@@ -11,11 +11,11 @@
 namespace
 {
 
-constexpr int kSegments = 40;
+constexpr int kSegments = 48;
 
 const char* const kMaterials = R"(# Materials of teacup.obj.
 newmtl porcelain
-Kd 0.93 0.92 0.89
+Kd 0.76 0.75 0.72
 Ks 0.5 0.5 0.5
 Ns 80
 
@@ -26,7 +26,7 @@ Ns 80
 map_Kd porcelain.png
 
 newmtl gold
-Kd 0.83 0.62 0.22
+Kd 0.72 0.5 0.16
 Ks 0.9 0.8 0.5
 Ns 60
 
@@ -36,10 +36,10 @@ Ks 0.6 0.6 0.6
 Ns 120
 
 newmtl sugar
-Kd 0.97 0.97 0.95
+Kd 0.8 0.8 0.78
 
 newmtl steam
-Kd 0.62 0.66 0.7
+Kd 0.93 0.95 0.97
 )";
 
 // Points of a Bezier curve after its first, as profile points. v runs from v0 to v1, or stays unset when negative.
@@ -102,17 +102,17 @@ void AddCup(ObjModel& model)
     model.Material("porcelain");
     std::vector<Vec3> path;
     std::vector<Vec2> radii;
-    constexpr int kSpans = 18;
+    constexpr int kSpans = 24;
     for (int i = 0; i <= kSpans; ++i)
     {
         const double t = double(i) / kSpans;
         const Vec2 p = t < 0.5 ? Bezier({3.95, 5.55}, {4.9, 6.4}, {6.5, 6.1}, {6.45, 4.6}, 2 * t)
-                               : Bezier({6.45, 4.6}, {6.4, 3.2}, {5.0, 2.9}, {3.45, 2.55}, 2 * t - 1);
+                               : Bezier({6.45, 4.6}, {6.4, 3.2}, {5.1, 3.0}, {3.35, 2.2}, 2 * t - 1);
         path.push_back({p.x, p.y, 0});
         const double flare = std::pow(std::abs(2 * t - 1), 6); // wider where it meets the cup
-        radii.push_back({0.24 + 0.12 * flare, 0.34 + 0.16 * flare});
+        radii.push_back({0.27 + 0.12 * flare, 0.37 + 0.12 * flare});
     }
-    AddTube(model, path, {0, 0, -1}, radii, 12);
+    AddTube(model, path, {0, 0, -1}, radii, 16);
 }
 
 void AddSugarAndSteam(ObjModel& model)

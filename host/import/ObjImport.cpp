@@ -119,7 +119,7 @@ static BString Told(const BString& name, const GEOM_ReadReport& report)
 static void TellOddities(const BString& name, const GEOM_ReadReport& read, ImportReport& report)
 {
     if (read.shortFaces > 0)
-        report.warnings.Append(BString::Format("%s:%lld: %lld faces with fewer than 3 corners are left out",
+        report.warnings.Append(BString::Format("%s:%lld: faces with fewer than 3 corners are left out: %lld",
                                                name.CString(), static_cast<long long>(read.shortFaceLine),
                                                static_cast<long long>(read.shortFaces)));
 }

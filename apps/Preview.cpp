@@ -1,0 +1,351 @@
+// VelmarBase: command line.
+#include "Cli.h"
+
+#include "base/BFile.h"
+#include "base/MEM.h"
+#include "host/Preview.h"
+#include "host/image/Png.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vx::cli
+{
+
+namespace
+{
+
+constexpr int kLargestSide = 16384; // of a picture, in pixels
+
+/// The arguments. Numbers go straight into what the host takes; texts are checked by the grammar and read afterwards.
+struct PreviewArguments
+{
+    std::vector<std::string> inputs;
+    std::string output = "preview.png";
+    std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
+    bool noCreases = false, noShadows = false, verbose = false;
+    PreviewOptions picture;
+    ImportOptions import;
+};
+
+// --- Values of options: each reader has a check that says what was expected
+
+std::optional<int> WholeNumber(std::string_view text, int most)
+{
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < 1 || value > most)
+        return std::nullopt;
+    return value;
+}
+
+struct Size
+{
+    int width, height;
+};
+
+std::optional<Size> ReadSize(std::string_view text)
+{
+    const std::size_t cross = text.find('x');
+    if (cross == std::string_view::npos)
+        return std::nullopt;
+    const auto width = WholeNumber(text.substr(0, cross), kLargestSide);
+    const auto height = WholeNumber(text.substr(cross + 1), kLargestSide);
+    if (!width || !height)
+        return std::nullopt;
+    return Size{*width, *height};
+}
+
+std::string CheckSize(const std::string& text)
+{
+    return ReadSize(text) ? ""
+                          : BString::Format("'%s' is no picture size, expected WIDTHxHEIGHT from 1x1 to %dx%d",
+                                            text.c_str(), kLargestSide, kLargestSide)
+                                .Std();
+}
+
+std::string ModeNames(const char* between)
+{
+    std::string names;
+    for (int i = 0; i < kNumDrawModes; ++i)
+        names.append(i > 0 ? between : "").append(PresetOf(DrawMode(i)).name);
+    return names;
+}
+
+std::string CheckMode(const std::string& text)
+{
+    return FindPreset(text) ? "" : "'" + text + "' is no draw mode, expected one of " + ModeNames(", ");
+}
+
+// RRGGBB, with or without the # that shells like to take for a comment.
+std::optional<VERTEX> ReadColor(std::string_view text)
+{
+    if (text == "white")
+        return VERTEX{1, 1, 1};
+    if (text == "black")
+        return VERTEX{0, 0, 0};
+    if (text.starts_with('#'))
+        text.remove_prefix(1);
+    unsigned rgb = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rgb, 16);
+    if (text.size() != 6 || error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    const auto part = [rgb](int shift) { return float(rgb >> shift & 255) / 255; };
+    return VERTEX{part(16), part(8), part(0)};
+}
+
+struct Background
+{
+    BackgroundStyle style;
+    VERTEX top, bottom;
+};
+
+std::optional<Background> ReadBackground(std::string_view text)
+{
+    const PreviewOptions standard;
+    if (text == "gradient" || text == "transparent")
+        return Background{text == "gradient" ? BackgroundStyle::Gradient : BackgroundStyle::Clear,
+                          standard.backgroundTop, standard.backgroundBottom};
+    const std::size_t comma = text.find(',');
+    const auto top = ReadColor(text.substr(0, comma));
+    const auto bottom = comma == std::string_view::npos ? top : ReadColor(text.substr(comma + 1));
+    if (!top || !bottom)
+        return std::nullopt;
+    return Background{comma == std::string_view::npos ? BackgroundStyle::Plain : BackgroundStyle::Gradient, *top,
+                      *bottom};
+}
+
+std::string CheckBackground(const std::string& text)
+{
+    return ReadBackground(text) ? ""
+                                : "'" + text +
+                                      "' is no background, expected gradient, transparent, RRGGBB, white, black, or "
+                                      "two colours as TOP,BOTTOM";
+}
+
+std::string CheckUp(const std::string& text)
+{
+    return text == "y" || text == "z" ? "" : "'" + text + "' is no axis that can point up, expected y or z";
+}
+
+std::string CheckSamples(const std::string& text)
+{
+    for (const char* offered : {"1", "2", "4", "8", "16"})
+        if (text == offered)
+            return "";
+    return "'" + text + "' is no number of samples, expected 1, 2, 4, 8 or 16";
+}
+
+std::string CheckOutput(const std::string& text)
+{
+    std::error_code ignored;
+    const bool device = std::filesystem::is_other(text, ignored) || std::filesystem::is_character_file(text, ignored);
+    return text == "-" || device || BPath(text.c_str()).Extension().IsSameAs("png", 0)
+               ? ""
+               : "'" + text + "' is no name of a picture, expected one that ends in .png, or -";
+}
+
+// --- The verb
+
+// Beside the program when it is installed, else in the tree that it was built from.
+BPath BundledSample()
+{
+    std::error_code ignored;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const std::filesystem::path places[] = {program.parent_path().parent_path() / "share/velmar/samples",
+                                            VELMAR_SAMPLES_INSTALLED, VELMAR_SAMPLES_SOURCE};
+    for (const std::filesystem::path& place : places)
+    {
+        const BPath sample = BPath(BString(place.string())).Joined("teacup.obj");
+        if (sample.IsFile())
+            return sample;
+    }
+    return "teacup.obj";
+}
+
+// Tries the output before any work is done; nothing of it is left. Empty, or what is wrong.
+BString OutputProblem(const PreviewArguments& arguments)
+{
+    if (arguments.output == "-")
+        return {};
+    const BPath path{BString(arguments.output)};
+    for (const std::string& input : arguments.inputs)
+    {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(path.Std(), BPath(BString(input)).Std(), ignored))
+            return "is also an input, expected another name";
+    }
+    BFile file(path);
+    if (path.IsFolder())
+        return "is a folder, expected a file to write to";
+    if (file.Open(BFile::Mode::WriteAtomic) != 0)
+        return file.LastError() + ", expected a place to write to";
+    file.Discard();
+    return {};
+}
+
+bool LoadModel(Preview& preview, Input& input, const ImportOptions& options, BString& problem)
+{
+    if (!input.Open())
+    {
+        problem = input.Name() + ": " + input.Error();
+        return false;
+    }
+    bool loaded;
+    if (!input.IsStandardInput())
+        loaded = preview.Load(input.Path(), options);
+    else
+    {
+        BFile file(input.Path());
+        char* const text = file.Open(BFile::Mode::Read) == 0 ? file.ReadAll() : nullptr;
+        if (!text)
+        {
+            problem = input.Name() + ": " + file.LastError();
+            return false;
+        }
+        loaded = preview.LoadText(text, MEM_Count(text), input.Name(), BPath("."), options);
+        MEM_Free(text);
+    }
+    problem = preview.Error();
+    return loaded;
+}
+
+void ReadTexts(PreviewArguments& arguments)
+{
+    PreviewOptions& picture = arguments.picture;
+    const Size size = *ReadSize(arguments.size);
+    picture.width = size.width;
+    picture.height = size.height;
+    picture.mode = FindPreset(arguments.mode)->mode;
+    const Background background = *ReadBackground(arguments.background);
+    picture.background = background.style;
+    picture.backgroundTop = background.top;
+    picture.backgroundBottom = background.bottom;
+    picture.view.up = arguments.up == "z" ? UpAxis::Z : UpAxis::Y;
+    picture.shadows = picture.shadows && !arguments.noShadows;
+    arguments.import.creases = !arguments.noCreases;
+}
+
+/// What --verbose tells of a stretch of work.
+class Stopwatch
+{
+public:
+    explicit Stopwatch(bool on) : mOn(on) {}
+    void Tell(const BString& what)
+    {
+        const auto now = std::chrono::steady_clock::now();
+        if (mOn)
+            Note(what + BString::Format(" (%.0f ms)", std::chrono::duration<double, std::milli>(now - mStart).count()));
+        mStart = now;
+    }
+
+private:
+    bool mOn;
+    std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
+};
+
+int RunPreview(PreviewArguments& arguments)
+{
+    ReadTexts(arguments);
+    if (arguments.inputs.empty())
+        arguments.inputs.push_back(BundledSample().FullPath().Std());
+    if (const BString problem = OutputProblem(arguments); !problem.IsEmpty())
+        return Fail(kFailed, BString(arguments.output), 0, problem);
+
+    Stopwatch watch(arguments.verbose);
+    Preview preview;
+    for (const std::string& name : arguments.inputs)
+    {
+        Input input{BString(name)};
+        BString problem;
+        if (!LoadModel(preview, input, arguments.import, problem))
+            return Fail(kFailed, "", 0, problem);
+        watch.Tell("read " + input.Name());
+    }
+    if (!preview.PrepareContext())
+        return Fail(kNoOpenGL, "", 0, "no OpenGL to be had: " + preview.Error());
+    watch.Tell("drawing without a window, as a picture needs none: " + preview.ContextDescription());
+
+    const PicturePtr picture = preview.Render(arguments.picture);
+    if (!picture)
+        return Fail(kFailed, "", 0, preview.Error());
+    watch.Tell(BString::Format("drawn %d x %d pixels", picture->Width(), picture->Height()));
+
+    const bool toStdout = arguments.output == "-";
+    const BString problem =
+        toStdout ? WritePngToStdout(*picture) : WritePng(*picture, BPath(BString(arguments.output)));
+    if (!problem.IsEmpty())
+        return Fail(kFailed, "", 0, problem);
+    for (const BString& warning : preview.Warnings())
+        Warn(warning);
+    watch.Tell(BString("written ") + (toStdout ? "to standard output" : arguments.output.c_str()));
+    if (!toStdout)
+        std::printf("%s\n", arguments.output.c_str());
+    return kDone;
+}
+
+} // namespace
+
+void AddPreviewVerb(CLI::App& app, int& exitCode)
+{
+    const auto arguments = std::make_shared<PreviewArguments>();
+    PreviewOptions& picture = arguments->picture;
+    ViewOptions& view = picture.view;
+    CLI::App* const verb = AddVerb(app, "preview", "Render models to a PNG picture");
+    verb->add_option("INPUT", arguments->inputs,
+                     "Wavefront OBJ files, plain or gzip, shown together; - is standard input; none is a sample")
+        ->type_name("");
+    verb->add_option("-o,--output", arguments->output,
+                     "Picture to write, replaced when it exists; - is standard output")
+        ->type_name("FILE.png")
+        ->check(CLI::Validator(CheckOutput, ""))
+        ->capture_default_str();
+    verb->add_option("--size", arguments->size, "Size in pixels")
+        ->type_name("WIDTHxHEIGHT")
+        ->check(CLI::Validator(CheckSize, ""))
+        ->capture_default_str();
+    verb->add_option("--mode", arguments->mode, "How to draw; the modes are listed below")
+        ->type_name("MODE")
+        ->check(CLI::Validator(CheckMode, ""))
+        ->capture_default_str();
+
+    AddNumber(*verb, "--azimuth", view.azimuth, -36000, 36000,
+              "Degrees to walk round the model from its front, towards the picture's right");
+    AddNumber(*verb, "--elevation", view.elevation, -90, 90, "Degrees above the horizon");
+    AddNumber(*verb, "--zoom", view.zoom, 0.01, 100, "2 shows everything twice as large");
+    CLI::Option* const fov = AddNumber(*verb, "--fov", view.fov, 1, 150, "Vertical angle of view in degrees");
+    verb->add_flag("--ortho", view.ortho, "Parallel projection")->excludes(fov);
+    verb->add_option("--up", arguments->up, "The model's axis that points up")
+        ->type_name("y|z")
+        ->check(CLI::Validator(CheckUp, ""))
+        ->capture_default_str();
+
+    verb->add_option("--background", arguments->background,
+                     "gradient, transparent, a colour as RRGGBB, white or black, or two as TOP,BOTTOM")
+        ->type_name("COLOUR")
+        ->check(CLI::Validator(CheckBackground, ""))
+        ->capture_default_str();
+    verb->add_flag("--ground", picture.ground, "Show a plane under the model");
+    CLI::Option* const shadows =
+        verb->add_flag("--shadows", picture.shadows, "Show the model's shadow on the ground, as it is anyway");
+    verb->add_flag("--no-shadows", arguments->noShadows, "Show no shadow")->excludes(shadows);
+    verb->add_option("--samples", picture.samples, "Samples for each pixel; 16 draws at twice the size")
+        ->type_name("1|2|4|8|16")
+        ->check(CLI::Validator(CheckSamples, ""))
+        ->capture_default_str();
+    CLI::Option* const angle = AddNumber(*verb, "--crease-angle", arguments->import.creaseAngle, 0, 180,
+                                         "Edges bent by more degrees than this are drawn hard");
+    verb->add_flag("--no-creases", arguments->noCreases, "No hard edges at all")->excludes(angle);
+    verb->add_flag("-v,--verbose", arguments->verbose, "Say on standard error what is done");
+    verb->footer("Modes:\n  " + ModeNames("\n  "));
+    verb->callback([arguments, &exitCode] { exitCode = RunPreview(*arguments); });
+}
+
+} // namespace vx::cli

@@ -1,0 +1,283 @@
+// Pictures that velmar preview makes of good files.
+#include "Command.h"
+
+#include "host/image/Picture.h"
+#include "host/window/OffscreenContext.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <regex>
+#include <set>
+
+namespace
+{
+
+// A cube standing on the ground, with a roof of two more faces; nothing of it is symmetric in height.
+const std::string kHouse = "v -1 0 1\nv 1 0 1\nv 1 0 -1\nv -1 0 -1\nv -1 2 1\nv 1 2 1\nv 1 2 -1\nv -1 2 -1\n"
+                           "v 0 3 1\nv 0 3 -1\n"
+                           "f 4 3 2 1\nf 1 2 6 9 5\nf 2 3 7 6\nf 3 4 8 10 7\nf 4 1 5 8\nf 6 7 10 9\nf 9 10 8 5\n";
+// The same with z up: (x, y, z) becomes (x, -z, y).
+const std::string kHouseZ = "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nv -1 -1 2\nv 1 -1 2\nv 1 1 2\nv -1 1 2\n"
+                            "v 0 -1 3\nv 0 1 3\n"
+                            "f 4 3 2 1\nf 1 2 6 9 5\nf 2 3 7 6\nf 3 4 8 10 7\nf 4 1 5 8\nf 6 7 10 9\nf 9 10 8 5\n";
+
+class Preview : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        vx::OffscreenContext context;
+        if (!context.Create())
+            GTEST_SKIP() << "no OpenGL: " << context.Error().Std();
+        context.Release();
+        mPlace.Write("house.obj", kHouse);
+    }
+
+    Outcome Run(std::vector<std::string> arguments, const std::string& input = "")
+    {
+        arguments.insert(arguments.begin(), "preview");
+        return mPlace.Run(VELMAR_PROGRAM, arguments, input);
+    }
+
+    // A small picture of the house with these options.
+    vx::PicturePtr Draw(std::vector<std::string> options, const std::string& model = "house.obj")
+    {
+        std::vector<std::string> arguments = {model, "-o", "drawn.png"};
+        if (std::find(options.begin(), options.end(), "--size") == options.end())
+            arguments.insert(arguments.end(), {"--size", "96x64"});
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.out, "drawn.png\n");
+        return Opened("drawn.png");
+    }
+
+    vx::PicturePtr Opened(const std::string& name)
+    {
+        BString error;
+        vx::PicturePtr picture = vx::ReadPicture(BPath(BString((mPlace.Folder() / name).string())), error);
+        EXPECT_TRUE(picture) << error.Std();
+        return picture;
+    }
+
+    Workplace mPlace;
+};
+
+// Share of the pixels that differ between two pictures of one size.
+double Difference(const CPB_Offscreen& a, const CPB_Offscreen& b) { return vx::ComparePictures(a, b, 5).share; }
+
+} // namespace
+
+TEST_F(Preview, DrawsTheBundledSampleWithoutArguments)
+{
+    const Outcome outcome = Run({});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "preview.png\n");
+    const vx::PicturePtr picture = Opened("preview.png");
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->Width(), 1280);
+    EXPECT_EQ(picture->Height(), 720);
+    // Cobalt paint on the cup shows that materials and texture were found.
+    std::int64_t blue = 0;
+    for (int y = 0; y < picture->Height(); ++y)
+        for (int x = 0; x < picture->Width(); ++x)
+            blue += picture->Row(y)[4 * x + 2] > picture->Row(y)[4 * x] + 60;
+    EXPECT_GT(blue, 10000);
+}
+
+TEST_F(Preview, DrawsEachModeInItsOwnWay)
+{
+    const char* const modes[] = {
+        "depth",          "flat-lined", "flat",          "hidden-line", "lit-wire",        "normals",
+        "outline",        "silhouette", "smooth-lined",  "smooth",      "smooth-outlined", "smooth-textured",
+        "textured-lined", "toon",       "toon-outlined", "wire"};
+    const vx::PicturePtr background = Draw({"--zoom", "0.01", "--no-shadows"});
+    for (const std::string mode : modes)
+    {
+        SCOPED_TRACE(mode);
+        const vx::PicturePtr picture = Draw({"--mode", mode, "--no-shadows"});
+        ASSERT_TRUE(picture);
+        const double covered = Difference(*picture, *background);
+        // Lines alone cover a few per cent, surfaces a third; data modes also have a background of their own.
+        const bool lines =
+            mode == "wire" || mode == "lit-wire" || mode == "outline" || mode == "silhouette" || mode == "hidden-line";
+        EXPECT_GT(covered, lines ? 0.02 : 0.15);
+        EXPECT_LT(covered, mode == "depth" || mode == "normals" ? 1.1 : 0.6);
+    }
+}
+
+TEST_F(Preview, IsTheSameFromFileGzipStandardInputAndTwice)
+{
+    mPlace.Write("house.obj.gz", Gzipped(kHouse));
+    ASSERT_TRUE(Draw({}));
+    const std::string drawn = mPlace.Read("drawn.png");
+    ASSERT_TRUE(Draw({}));
+    EXPECT_TRUE(mPlace.Read("drawn.png") == drawn) << "a second run differs";
+    ASSERT_TRUE(Draw({}, "house.obj.gz"));
+    EXPECT_TRUE(mPlace.Read("drawn.png") == drawn) << "gzip differs";
+    for (const std::string input : {"house.obj", "house.obj.gz"})
+    {
+        const Outcome piped = Run({"-", "-o", "-", "--size", "96x64"}, input);
+        EXPECT_EQ(piped.exitCode, 0) << piped.err;
+        EXPECT_TRUE(piped.out == drawn) << input << " by standard input differs";
+    }
+}
+
+TEST_F(Preview, ObeysItsOptions)
+{
+    const vx::PicturePtr plain = Draw({});
+    ASSERT_TRUE(plain);
+    struct Row
+    {
+        std::vector<std::string> options;
+        double atLeast; ///< share of the pixels that must change
+    };
+    const Row rows[] = {
+        {{"--azimuth", "-60"}, 0.1},  {{"--elevation", "70"}, 0.1},
+        {{"--zoom", "0.5"}, 0.1},     {{"--fov", "90"}, 0.01},
+        {{"--ortho"}, 0.01},          {{"--background", "ff0000"}, 0.4},
+        {{"--ground"}, 0.1},          {{"--no-shadows"}, 0.01},
+        {{"--no-creases"}, 0.1},      {{"--crease-angle", "120"}, 0.1},
+        {{"--up", "z"}, 0.1},         {{"--samples", "1"}, 0.002},
+        {{"--samples", "16"}, 0.001},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.options[0] + " " + row.options.back());
+        const vx::PicturePtr other = Draw(row.options);
+        ASSERT_TRUE(other);
+        EXPECT_GE(Difference(*plain, *other), row.atLeast);
+    }
+    const vx::PicturePtr shadows = Draw({"--shadows"});
+    EXPECT_EQ(Difference(*plain, *shadows), 0) << "shadows are on anyway";
+    const vx::PicturePtr tall = Draw({"--size", "37x91"});
+    ASSERT_TRUE(tall);
+    EXPECT_EQ(tall->Width(), 37);
+    EXPECT_EQ(tall->Height(), 91);
+}
+
+TEST_F(Preview, PaintsTheBackgroundThatWasAskedFor)
+{
+    struct Row
+    {
+        const char* value;
+        int top[4], bottom[4]; ///< -1: any
+    };
+    const Row rows[] = {
+        {"ff8000", {255, 128, 0, 255}, {255, 128, 0, 255}},    {"#204060", {32, 64, 96, 255}, {32, 64, 96, 255}},
+        {"white", {255, 255, 255, 255}, {255, 255, 255, 255}}, {"000000,ffffff", {0, 0, 0, 255}, {255, 255, 255, 255}},
+        {"transparent", {-1, -1, -1, 0}, {-1, -1, -1, 0}},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.value);
+        const vx::PicturePtr picture = Draw({"--background", row.value, "--no-shadows"});
+        ASSERT_TRUE(picture);
+        for (int k = 0; k < 4; ++k)
+        {
+            const int top = picture->Row(0)[k], bottom = picture->Row(picture->Height() - 1)[k];
+            EXPECT_NEAR(top, row.top[k] < 0 ? top : row.top[k], 4) << k; // half a row of a gradient
+            EXPECT_NEAR(bottom, row.bottom[k] < 0 ? bottom : row.bottom[k], 4) << k;
+        }
+    }
+}
+
+TEST_F(Preview, ShowsAModelWithZUpLikeOneWithYUp)
+{
+    mPlace.Write("house z.obj", kHouseZ);
+    const vx::PicturePtr y = Draw({}), z = Draw({"--up", "z"}, "house z.obj");
+    ASSERT_TRUE(y && z);
+    EXPECT_LT(Difference(*y, *z), 0.002);
+}
+
+TEST_F(Preview, WarnsOfWhatIsMissingAndDraws)
+{
+    struct Row
+    {
+        const char* name;
+        std::string model, materials;
+        const char* warning;
+    };
+    const Row rows[] = {
+        {"no material file", "mtllib none.mtl\nusemtl a\n" + kHouse, "",
+         "velmar: warning: (.*/)?none\\.mtl: .*no such file\n"},
+        {"no texture", "mtllib m.mtl\nusemtl a\n" + kHouse, "newmtl a\nKd 1 0 0\nmap_Kd none.png\n",
+         "velmar: warning: (.*/)?m\\.mtl: .*none\\.png.*\n"},
+        {"a texture that is none", "mtllib m.mtl\nusemtl a\n" + kHouse, "newmtl a\nKd 1 0 0\nmap_Kd model.obj\n",
+         "velmar: warning: (.*/)?m\\.mtl: .*model\\.obj.*\n"},
+        {"short faces", kHouse + "f 1 2\nf 3\nf 1 2\n", "",
+         "velmar: warning: model\\.obj:18: .*fewer than 3 corners.*: 3\n"},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        mPlace.Write("model.obj", row.model);
+        mPlace.Write("m.mtl", row.materials);
+        const Outcome outcome = Run({"model.obj", "--size", "64x64", "-o", "out.png"});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_TRUE(std::regex_match(outcome.err, std::regex(row.warning))) << outcome.err;
+        EXPECT_TRUE(Opened("out.png"));
+    }
+}
+
+TEST_F(Preview, ShowsSeveralModelsTogether)
+{
+    mPlace.Write("far.obj", "v 8 0 0\nv 9 0 0\nv 9 1 0\nf 1 2 3\n");
+    const Outcome outcome = Run({"house.obj", "far.obj", "--size", "96x64", "-o", "two.png"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const vx::PicturePtr one = Draw({}), two = Opened("two.png");
+    ASSERT_TRUE(one && two);
+    EXPECT_GT(Difference(*one, *two), 0.1); // the house is smaller, as more has to fit
+}
+
+TEST_F(Preview, ReplacesAnOlderPicture)
+{
+    mPlace.Write("drawn.png", "an older picture");
+    EXPECT_TRUE(Draw({}));
+    EXPECT_EQ(mPlace.Names(), (std::vector<std::string>{"drawn.png", "house.obj"}));
+}
+
+TEST_F(Preview, SaysWithVerboseHowItDraws)
+{
+    const Outcome outcome = Run({"house.obj", "-v", "--size", "64x64"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(std::regex_search(outcome.err, std::regex("velmar: drawing without a window.*: .*\n"))) << outcome.err;
+    EXPECT_EQ(outcome.out, "preview.png\n");
+}
+
+TEST_F(Preview, WithoutOpenGLEndsWithCode3)
+{
+#ifdef _WIN32
+    GTEST_SKIP() << "drivers are not chosen by the environment";
+#else
+    // A vendor file that names no driver leaves EGL with none.
+    mPlace.Write("none.json", "{\"file_format_version\": \"1.0.0\", \"ICD\": {\"library_path\": \"none.so\"}}");
+    setenv("__EGL_VENDOR_LIBRARY_FILENAMES", (mPlace.Folder() / "none.json").c_str(), 1);
+    const Outcome outcome = Run({"house.obj", "-o", "out.png"});
+    unsetenv("__EGL_VENDOR_LIBRARY_FILENAMES");
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    EXPECT_EQ(outcome.err.substr(0, 26), "velmar: no OpenGL to be ha") << outcome.err;
+    EXPECT_FALSE(mPlace.Has("out.png"));
+#endif
+}
+
+TEST_F(Preview, IsWhatTheSmallestHostDoesToo)
+{
+    const Outcome outcome = mPlace.Run(VELMAR_MINIMAL_HOST, {"small.png"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const vx::PicturePtr picture = Opened("small.png");
+    ASSERT_TRUE(picture);
+    // The material's green in the middle, in several shades: lit faces at angles to each other.
+    std::set<int> greens;
+    for (int x = 160; x < 480; x += 4)
+    {
+        const std::uint8_t* const pixel = picture->Row(240) + 4 * x;
+        if (pixel[1] > pixel[0] + 10)
+            greens.insert(pixel[1]);
+    }
+    EXPECT_GE(greens.size(), 2u);
+}
