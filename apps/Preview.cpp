@@ -28,7 +28,7 @@ constexpr int kLargestSide = 16384; // of a picture, in pixels
 struct PreviewArguments
 {
     std::vector<std::string> inputs;
-    std::string output = "preview.png";
+    std::string output = "preview.png", texture;
     std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
     bool noCreases = false, noShadows = false, verbose = false;
     PreviewOptions picture;
@@ -269,6 +269,8 @@ int RunPreview(PreviewArguments& arguments)
             return Fail(kFailed, "", 0, problem);
         watch.Tell("read " + input.Name());
     }
+    if (!arguments.texture.empty() && !preview.SetDefaultTexture(BPath(BString(arguments.texture))))
+        return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
     if (!preview.PrepareContext())
         return Fail(kNoOpenGL, "", 0, "no OpenGL to be had: " + preview.Error());
     watch.Tell("drawing without a window, as a picture needs none: " + preview.ContextDescription());
@@ -316,6 +318,7 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
         ->check(CLI::Validator(CheckMode, ""))
         ->capture_default_str();
 
+    verb->add_option("--texture", arguments->texture, "Picture for materials that have none")->type_name("FILE");
     AddNumber(*verb, "--azimuth", view.azimuth, -36000, 36000,
               "Degrees to walk round the model from its front, towards the picture's right");
     AddNumber(*verb, "--elevation", view.elevation, -90, 90, "Degrees above the horizon");

@@ -223,6 +223,20 @@ TEST_F(Preview, WarnsOfWhatIsMissingAndDraws)
     }
 }
 
+TEST_F(Preview, PutsATextureOnModelsThatHaveNone)
+{
+    const std::string sail = std::string(VELMAR_SOURCE_DIR) + "/samples/sail.png";
+    mPlace.Write("square.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                               "f 1/1 2/2 3/3 4/4\n");
+    const vx::PicturePtr plain = Draw({"--azimuth", "0"}, "square.obj");
+    const vx::PicturePtr painted = Draw({"--azimuth", "0", "--texture", sail}, "square.obj");
+    ASSERT_TRUE(plain && painted);
+    EXPECT_GT(Difference(*plain, *painted), 0.2);
+    const Outcome missing = Run({"square.obj", "--texture", "none.png", "-o", "out.png"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_TRUE(std::regex_match(missing.err, std::regex("velmar: none\\.png: .*expected a picture\n"))) << missing.err;
+}
+
 TEST_F(Preview, ShowsSeveralModelsTogether)
 {
     mPlace.Write("far.obj", "v 8 0 0\nv 9 0 0\nv 9 1 0\nf 1 2 3\n");
