@@ -8,7 +8,8 @@ struct Light
 {
     vec4 position;  // view space; w 0: the direction to a light far away
     vec4 color;     // linear; w: 0 constant, 1 inverse square, 2 inverse linear
-    vec4 axis;      // view space, where a spot shines; w: cosine of its outer angle, -2 for no spot
+    vec4 axis;      // view space, where a spot shines; w: cosine of its outer angle, -2 for no spot. Of a light far
+                    // away: halfway between it and a viewer far away
     vec4 range;     // attenuation start and end, cosine of a spot's inner angle
 };
 layout(std140) uniform Frame
@@ -136,27 +137,36 @@ vec3 ToLight(Light light, out float strength)
     return direction;
 }
 
+// The factor keeps the reflected energy about the same whatever the exponent.
+float Shine(vec3 n, vec3 halfway) { return pow(max(dot(n, halfway), 0.0), uNs) * (uNs + 8.0) * 0.04; }
+
 vec3 Lit(vec3 n, vec3 kd)
 {
-    vec3 viewer = ToViewer();
-    float up = 0.5 + 0.5 * dot(n, uUp.xyz);
-    vec3 diffuse = mix(uFloor.rgb, uSky.rgb, up);
+    vec3 diffuse = mix(uFloor.rgb, uSky.rgb, 0.5 + 0.5 * dot(n, uUp.xyz));
     vec3 specular = vec3(0.0);
+#ifdef FAR_LIGHTS
+    // All lights far away, as in the standard set: directions and, for a viewer far away too, halfway vectors are given.
+    for (int i = 0; i < FAR_LIGHTS; ++i)
+    {
+        vec3 arriving = uLights[i].color.rgb * max(dot(n, uLights[i].position.xyz), 0.0);
+        diffuse += arriving;
+        specular += arriving * Shine(n, uLights[i].axis.xyz);
+    }
+#else
+    vec3 viewer = ToViewer();
     int count = int(uUp.w);
     for (int i = 0; i < count; ++i)
     {
         float strength;
         vec3 l = ToLight(uLights[i], strength);
-        float facing = dot(n, l);
-        diffuse += uLights[i].color.rgb * (strength * max(facing, 0.0));
-        if (facing > 0.0)
-        {
-            // The factor keeps the reflected energy about the same whatever the exponent.
-            float shine = pow(max(dot(n, normalize(l + viewer)), 0.0), uNs) * (uNs + 8.0) * 0.04;
-            specular += uLights[i].color.rgb * (strength * shine * facing);
-        }
+        vec3 arriving = uLights[i].color.rgb * (strength * max(dot(n, l), 0.0));
+        diffuse += arriving;
+        specular += arriving * Shine(n, normalize(l + viewer));
     }
-    return kd * diffuse + uKs * specular;
+#endif
+    // Bright places keep their drawing: above 0.7 light comes out less and less, and never reaches white.
+    vec3 light = kd * diffuse + uKs * specular;
+    return mix(light, 1.0 - 0.3 * exp((0.7 - light) / 0.3), step(0.7, light));
 }
 
 // Bands of equal tone with an edge of one pixel, whatever the size of the picture.
@@ -216,7 +226,16 @@ void main()
 #else
     vec3 color = Lit(n, kd);
 #endif
-    oColor = vec4(Encoded(color) + Dither() / 255.0, Alpha(n, texel));
+    oColor.rgb = Encoded(color) + Dither() / 255.0;
+#ifdef CLEAR
+    oColor.a = Alpha(n, texel);
+#else
+#ifdef TEXTURE
+    if (texel < 0.5)
+        discard; // cut-outs, such as leaves, of materials that are opaque
+#endif
+    oColor.a = 1.0;
+#endif
 #endif
 }
 )";

@@ -9,7 +9,8 @@ namespace vx::text
 {
 extern const char* const kCommon; ///< before every other text: the uniform block of the frame, colour functions
 
-// Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
+// Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, CLEAR (transparency), FAR_LIGHTS (their
+// number, when all lights are far away), and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
 // SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND.
 extern const char* const kSurfaceVertex;
 extern const char* const kSurfaceFragment;

@@ -137,6 +137,7 @@ private:
 
     // VXGLDrawEngineState.cpp
     void FillFrameBlock();
+    void FindDepths(float depths[2]) const;
     int FillLights(Light* lights, int most);
     Placement PlacementOf(const VXObject& object) const;
     void SetDepthState(bool test, bool write);
@@ -199,6 +200,7 @@ private:
     std::int32_t mTargetFrame = 0, mTargetViewport[4] = {};
     Mat44 mProjection;
     bool mOrtho = false;
+    int mNumFarLights = 0; ///< 0 when some light is near
     bool mPassLighting = true;
     VXMaterial* mPassMode = nullptr;
     float mLineWidth = 0; ///< 0: the style's own

@@ -123,6 +123,11 @@ void VXGLDrawEngine::DrawWires(const VXElementBatch& batch)
     {
         const VXMaterial* const material = batch.material ? batch.material : CurrentObject()->DefaultMaterial();
         style.kd = material->KdColor();
+        // Lit lines are all there is to see of a surface. Before a light background they are darkened as a whole, so
+        // that their brightest part still stands out.
+        const VXMaterialColor4& behind = Scene()->BackgroundColor();
+        if (behind.MixedValue() > 0.36f)
+            style.kd *= VXMaterialColor4(0.50f, 0.50f, 0.50f, 1);
     }
     if (cage)
     {

@@ -4,6 +4,7 @@
 #include "host/LightRig.h"
 #include "host/gl/FrameBlock.h"
 #include "host/gl/ShaderText.h"
+#include "mesh/VXGeom.h"
 
 #include <GL/glew.h>
 
@@ -56,7 +57,7 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
             Put(out.position, light->IsInfinite() ? back : place, light->IsInfinite() ? 0.0f : 1.0f);
             Put(out.color, {color.TotalRed(), color.TotalGreen(), color.TotalBlue()}, float(light->AttenType()));
             Put(out.range, {light->AttenStart(), light->AttenEnd(), 0}, 0);
-            Put(out.axis, -back, -2);
+            Put(out.axis, light->IsInfinite() ? Unit(back + VERTEX{0, 0, 1}) : -back, -2);
             if (light->IsSpot())
             {
                 // Falloff start and end are the angles, in degrees, between which a spot's cone fades.
@@ -75,10 +76,33 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
         Light& out = lights[count++];
         Put(out.position, Unit(rig.toLight), 0);
         Put(out.color, rig.color, 0);
-        Put(out.axis, {0, 0, 1}, -2);
+        Put(out.axis, Unit(Unit(rig.toLight) + VERTEX{0, 0, 1}), -2);
         Put(out.range, {}, 0);
     }
     return count;
+}
+
+// Nearest and farthest vertex along the view: a picture of depth uses all its shades for what is there.
+void VXGLDrawEngine::FindDepths(float depths[2]) const
+{
+    depths[0] = INFINITY;
+    depths[1] = -INFINITY;
+    for (std::int64_t i = 0; i < Scene()->NumObjects(); ++i)
+    {
+        const VXObject* const object = Scene()->Object(int(i));
+        if (!object || !object->Visible() || IsGround(object))
+            continue;
+        Mat44 toView;
+        MAT_Concat4x4(object->GetTransform(), Camera(), toView);
+        const VXGeom* const geom = object->CurSubdivGeom(true);
+        for (int v = 0; geom && v < geom->NumVerts(false); ++v)
+        {
+            const VERTEX p = *geom->Vertex(v);
+            const float away = -(p.x * toView[0][2] + p.y * toView[1][2] + p.z * toView[2][2] + toView[3][2]);
+            depths[0] = std::min(depths[0], away); // a NaN changes neither
+            depths[1] = std::max(depths[1], away);
+        }
+    }
 }
 
 void VXGLDrawEngine::FillFrameBlock()
@@ -90,9 +114,13 @@ void VXGLDrawEngine::FillFrameBlock()
     block.viewport[2] = mPixelScale;
     block.viewport[3] = mOrtho ? 1.0f : 0.0f;
     const int count = FillLights(block.lights, FrameBlock::kMostLights);
+    mNumFarLights = count;
+    for (int i = 0; i < count; ++i)
+        if (block.lights[i].position[3] != 0)
+            mNumFarLights = 0;
     Put(block.up, Unit(Turned(mUp, Camera())), float(count));
-    Put(block.sky, {0.150f, 0.155f, 0.165f}, 1);
-    Put(block.floor, {0.085f, 0.080f, 0.075f}, 1);
+    Put(block.sky, {0.120f, 0.125f, 0.135f}, 1);
+    Put(block.floor, {0.068f, 0.064f, 0.060f}, 1);
     const auto background = [&](float to[4], const VXMaterialColor4& c) {
         Put(to, VERTEX{c.TotalRed(), c.TotalGreen(), c.TotalBlue()} * mBackAlpha, mBackAlpha);
     };
@@ -100,17 +128,8 @@ void VXGLDrawEngine::FillFrameBlock()
     background(block.backBottom, mBackBottom);
     std::copy(std::begin(mTile), std::end(mTile), block.tile);
 
-    const VXBBox& box = Scene()->BoundingBox();
-    block.depths[0] = INFINITY;
-    block.depths[1] = -INFINITY;
-    for (int corner = 0; corner < 8; ++corner)
-    {
-        VERTEX p = {(corner & 1 ? box.Max() : box.Min()).x, (corner & 2 ? box.Max() : box.Min()).y,
-                    (corner & 4 ? box.Max() : box.Min()).z};
-        MAT_VertTransform(&p, &p, 1, Camera());
-        block.depths[0] = std::min(block.depths[0], -p.z);
-        block.depths[1] = std::max(block.depths[1], -p.z);
-    }
+    if (Scene()->SceneMaterial()->GetFlagDepthOnly())
+        FindDepths(block.depths);
     glBindBuffer(GL_UNIFORM_BUFFER, mFrameBuffer);
     glBufferSubData(GL_UNIFORM_BUFFER, 0, sizeof block, &block);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 namespace
 {
@@ -27,6 +28,8 @@ enum SurfaceBit : std::uint32_t
     kFlat = 1u << 4,
     kTexture = 1u << 5,
     kVertexColors = 1u << 6,
+    kClear = 1u << 7,
+    kFarLightsShift = 8, ///< four bits: their number
 };
 
 constexpr const char* kShadeNames[] = {"SHADE_LIT",     "SHADE_TOON", "SHADE_FILL",   "SHADE_DEPTH",
@@ -93,6 +96,10 @@ std::uint32_t VXGLDrawEngine::SurfaceVariant(const VXElementBatch& batch)
         variant |= kTexture;
     if (mColorData && mode.GetFlagVertexColorsOnly())
         variant |= kVertexColors;
+    if (batch.transparent)
+        variant |= kClear;
+    if (!mode.GetFlagToon())
+        variant |= std::uint32_t(mNumFarLights) << kFarLightsShift;
     return variant;
 }
 
@@ -105,6 +112,10 @@ vx::Program* VXGLDrawEngine::SurfaceProgram(std::uint32_t variant)
         defines += "#define TEXTURE\n";
     if (variant & kVertexColors)
         defines += "#define VERTEX_COLORS\n";
+    if (variant & kClear)
+        defines += "#define CLEAR\n";
+    if (variant >> kFarLightsShift)
+        defines += "#define FAR_LIGHTS " + std::to_string(variant >> kFarLightsShift) + "\n";
     return Variant(variant, "surface", defines, vx::text::kSurfaceVertex, vx::text::kSurfaceFragment);
 }
 
