@@ -30,8 +30,8 @@ struct PreviewOptions
     BackgroundStyle background = BackgroundStyle::Gradient;
     VERTEX backgroundTop{0.54f, 0.58f, 0.63f}; ///< as colours are written, 0..1
     VERTEX backgroundBottom{0.87f, 0.88f, 0.89f};
-    bool ground = false;  ///< a plane under the model
-    bool shadows = true;  ///< a soft shadow on the ground, with or without the plane
+    bool ground = false;    ///< a plane under the model
+    bool shadows = true;    ///< a soft shadow on the ground, with or without the plane
     bool edgeLines = false; ///< creases and borders drawn as lines over the surfaces
     bool backFaces = true;  ///< shown, in a colour of their own; off: culled
     int samples = 4;        ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
@@ -66,7 +66,8 @@ public:
     /// @return the picture, 32-bit RGBA; null with Error() when it could not be drawn
     PicturePtr Render(const PreviewOptions& options);
 
-    /// Draws into the framebuffer and viewport that are current, for windows. `view` comes from FitToScene or elsewhere.
+    /// Draws into the framebuffer and viewport that are current, for windows. `view` comes from FitToScene or
+    /// elsewhere.
     bool DrawFrame(const PreviewOptions& options, const View& view, float pixelScale = 1);
     View FitToScene(const PreviewOptions& options);
 

@@ -14,10 +14,7 @@ namespace vx
 {
 static constexpr float kRadians = 0.017453293f;
 
-VERTEX UpOf(UpAxis axis)
-{
-    return axis == UpAxis::Z ? VERTEX{0, 0, 1} : VERTEX{0, 1, 0};
-}
+VERTEX UpOf(UpAxis axis) { return axis == UpAxis::Z ? VERTEX{0, 0, 1} : VERTEX{0, 1, 0}; }
 
 // --- Fitting
 
@@ -60,7 +57,8 @@ struct Stand
     double x = 0, y = 0, z = 0;
 };
 
-Stand FitPerspective(std::span<const VERTEX> seen, double tx, double ty)
+// @param least how far before the nearest point it must stand
+Stand FitPerspective(std::span<const VERTEX> seen, double tx, double ty, double least)
 {
     Extent right, left, top, bottom, depth;
     for (const VERTEX& p : seen)
@@ -73,8 +71,7 @@ Stand FitPerspective(std::span<const VERTEX> seen, double tx, double ty)
     }
     const double zx = (right.high + left.high) / (2 * tx), zy = (top.high + bottom.high) / (2 * ty);
     // Never inside: a point, or a line along the view, would bring the camera to it.
-    const double size = std::max({right.Size(), top.Size(), depth.Size(), 1e-30});
-    Stand stand{(right.high - left.high) / 2, (top.high - bottom.high) / 2, std::max({zx, zy, depth.high + 0.05 * size})};
+    Stand stand{(right.high - left.high) / 2, (top.high - bottom.high) / 2, std::max({zx, zy, depth.high + least})};
 
     // The side that does not decide has room to spare: share it evenly. Moving the camera sideways moves near points
     // more than far ones, hence the repetition.
@@ -125,7 +122,9 @@ View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, flo
         y.Add(p.y);
         z.Add(p.z);
     }
-    const double size = std::max({x.Size(), y.Size(), z.Size(), 1e-30});
+    double size = std::max({x.Size(), y.Size(), z.Size()});
+    if (!(size > 1e-15))
+        size = 1; // a single point: as good as any
     const double fill = std::clamp(options.fill, 0.05f, 1.0f), zoom = std::clamp(options.zoom, 1e-3f, 1e3f);
     const double wide = aspect > 0 && std::isfinite(aspect) ? double(aspect) : 1;
     const double tangent = std::tan(std::clamp(options.fov, 1.0f, 150.0f) * double(kRadians) / 2);
@@ -141,7 +140,8 @@ View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, flo
     }
     else
     {
-        stand = FitPerspective({seen.Data(), std::size_t(seen.Count())}, tangent * fill * wide, tangent * fill);
+        stand = FitPerspective({seen.Data(), std::size_t(seen.Count())}, tangent * fill * wide, tangent * fill,
+                               0.05 * size);
         halfHeight = tangent * (stand.z - z.Middle());
     }
     Extent depth = z;

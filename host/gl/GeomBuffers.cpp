@@ -15,7 +15,8 @@ std::int64_t GpuArray::smUploaded = 0;
 // time, each step a full multiplication folded to both halves.
 static std::uint64_t Hashed(const void* data, std::size_t bytes, std::uint64_t seed = 0x9E3779B97F4A7C15u)
 {
-    const auto mix = [](std::uint64_t h, std::uint64_t word) {
+    const auto mix = [](std::uint64_t h, std::uint64_t word)
+    {
         h ^= word;
         h *= 0xD6E8FEB86659FD93u;
         return h ^ (h >> 32);
@@ -279,8 +280,8 @@ bool GeomBuffers::AppendTriangles(VXElementKind kind, Triangulator& triangulator
     {
         const ELEMENT& poly = *record.Poly(bucket.polys[i]);
         const std::int64_t before = mTriangles.Count();
-        if (!triangulator.Append({mVerts, std::size_t(mNumVerts)},
-                                 {corners + poly.start, std::size_t(poly.length)}, mTriangles))
+        if (!triangulator.Append({mVerts, std::size_t(mNumVerts)}, {corners + poly.start, std::size_t(poly.length)},
+                                 mTriangles))
             return false;
         for (std::int64_t c = before; c < mTriangles.Count(); ++c)
             mTriangles[c] = surface[poly.start + mTriangles[c]];
@@ -446,15 +447,17 @@ bool GeomBuffers::NeedHaberlines()
                         return false;
                 }
     }
-    std::sort(marked.begin(), marked.end(), [](const Marked& x, const Marked& y) {
-        return x.vertices != y.vertices ? x.vertices < y.vertices
-                                        : (x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner);
-    });
+    std::sort(marked.begin(), marked.end(),
+              [](const Marked& x, const Marked& y)
+              {
+                  return x.vertices != y.vertices ? x.vertices < y.vertices
+                                                  : (x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner);
+              });
     const auto end = std::unique(marked.begin(), marked.end(),
                                  [](const Marked& x, const Marked& y) { return x.vertices == y.vertices; });
-    std::sort(marked.begin(), end, [](const Marked& x, const Marked& y) {
-        return x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner;
-    });
+    std::sort(marked.begin(), end,
+              [](const Marked& x, const Marked& y)
+              { return x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner; });
     const std::int32_t numElements = KindBase(VXElementKind::Polygons);
     BArray<std::int32_t> pairs;
     if (!mFirstHaberline.SetCount(0) || !mFirstHaberline.SetCount(numElements + 1))

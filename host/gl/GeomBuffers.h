@@ -48,8 +48,8 @@ private:
 };
 
 /// Everything that drawing one geometry keeps on the graphics card: positions, normals, texture coordinates, triangles
-/// in sorted order, edges in the order of the elements they belong to. Each piece is brought up to date when it is first
-/// asked for after MarkStale, and is uploaded only when its contents changed: a changed pose costs positions and
+/// in sorted order, edges in the order of the elements they belong to. Each piece is brought up to date when it is
+/// first asked for after MarkStale, and is uploaded only when its contents changed: a changed pose costs positions and
 /// normals, a changed draw style nothing.
 ///
 /// Vertices are numbered as in the geometry. Only where one vertex needs several texture coordinates, which happens to
@@ -132,14 +132,14 @@ private:
     std::uint32_t mFresh = 0;
 
     std::uint64_t mTopologyHash = 0, mEdgeHash = 0;
-    bool mOwnVertices = false;                ///< surfaces have vertices of their own
-    BArray<std::int32_t> mOwnVertex, mOwnUV;  ///< of each: vertex and texture vertex
-    BArray<std::int32_t> mOwnCorner;          ///< surface vertex of each corner of the record
-    BArray<std::int32_t> mTriangles;          ///< scratch of BuildTriangles
-    BArray<std::int32_t> mFirstTriangle;      ///< by rank of the element, and one more
-    BArray<std::int32_t> mFirstEdge;          ///< by rank, and one more
-    BArray<std::int32_t> mFirstHaberline;     ///< by rank among quads and triangles, and one more
-    BArray<std::int32_t> mFirstLine;          ///< by line element, and one more
+    bool mOwnVertices = false;               ///< surfaces have vertices of their own
+    BArray<std::int32_t> mOwnVertex, mOwnUV; ///< of each: vertex and texture vertex
+    BArray<std::int32_t> mOwnCorner;         ///< surface vertex of each corner of the record
+    BArray<std::int32_t> mTriangles;         ///< scratch of BuildTriangles
+    BArray<std::int32_t> mFirstTriangle;     ///< by rank of the element, and one more
+    BArray<std::int32_t> mFirstEdge;         ///< by rank, and one more
+    BArray<std::int32_t> mFirstHaberline;    ///< by rank among quads and triangles, and one more
+    BArray<std::int32_t> mFirstLine;         ///< by line element, and one more
 
     GpuArray mPositions{GpuArray::Texels::Floats}, mNormals{GpuArray::Texels::Floats};
     GpuArray mSurfacePositions, mSurfaceNormals, mUVs, mIndices;

@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// GLSL of the reference engine, for use inside host/gl alone. Matrices arrive as the library keeps them: row vectors in
-/// rows are, read column by column as GLSL does, column vectors in columns.
+/// GLSL of the reference engine, for use inside host/gl alone. Matrices arrive as the library keeps them: row vectors
+/// in rows are, read column by column as GLSL does, column vectors in columns.
 
 namespace vx::text
 {

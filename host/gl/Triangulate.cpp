@@ -1,21 +1,10 @@
 #include "host/gl/Triangulate.h"
 
-#include <GL/glu.h>
-
+#include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace vx
 {
-// Longer concave polygons go to the sweep: clipping looks at all corners for every ear.
-static constexpr std::int64_t kLongestClipped = 48;
-
-Triangulator::~Triangulator()
-{
-    if (mSweeper)
-        gluDeleteTess(static_cast<GLUtesselator*>(mSweeper));
-}
-
 static bool AppendTriangle(BArray<std::int32_t>& corners, std::int32_t a, std::int32_t b, std::int32_t c)
 {
     return corners.Append(a) && corners.Append(b) && corners.Append(c);
@@ -84,13 +73,12 @@ bool Triangulator::Append(std::span<const VERTEX> points, std::span<const std::i
     }
     if (IsConvex())
         return AppendFan(0, count, corners);
-    if (count <= kLongestClipped)
+    if (!ClipEars(corners))
     {
-        const int answer = ClipEars(corners);
-        if (answer != 0)
-            return answer > 0;
+        corners.Release();
+        return false;
     }
-    return Sweep(corners);
+    return true;
 }
 
 // Drops the axis along which the normal is longest: no square root, and no corner moves against another.
@@ -144,120 +132,185 @@ bool Triangulator::IsConvex() const
     return changes <= 2;
 }
 
-// @return 1 done, 0 no ear was found (the ring crosses itself; `corners` is as it was), -1 memory ran out
-int Triangulator::ClipEars(BArray<std::int32_t>& corners)
-{
-    const std::int64_t before = corners.Count();
-    mLeft.Empty();
-    for (std::int32_t k = 0; k < mFlat.Count(); ++k)
-        if (!mLeft.Append(k))
-            return -1;
-    const auto blocks = [&](const Point& p, const Point& a, const Point& b, const Point& c)
-    {
-        if ((p.x == a.x && p.y == a.y) || (p.x == b.x && p.y == b.y) || (p.x == c.x && p.y == c.y))
-            return false; // a bridge to a hole passes its corners twice
-        return Turn(a, b, p) >= 0 && Turn(b, c, p) >= 0 && Turn(c, a, p) >= 0;
-    };
-    while (mLeft.Count() > 3)
-    {
-        const std::int64_t n = mLeft.Count();
-        std::int64_t ear = -1;
-        for (std::int64_t k = 0; k < n && ear < 0; ++k)
-        {
-            const Point &a = mFlat[mLeft[(k + n - 1) % n]], &b = mFlat[mLeft[k]], &c = mFlat[mLeft[(k + 1) % n]];
-            bool isEar = Turn(a, b, c) > 0;
-            for (std::int64_t j = 2; isEar && j < n - 1; ++j)
-                isEar = !blocks(mFlat[mLeft[(k + j) % n]], a, b, c);
-            if (isEar)
-                ear = k;
-        }
-        if (ear < 0)
-        {
-            corners.SetCount(before);
-            return 0;
-        }
-        if (!AppendTriangle(corners, mLeft[(ear + n - 1) % n], mLeft[ear], mLeft[(ear + 1) % n]))
-            return -1;
-        mLeft.RemoveAt(ear);
-    }
-    return AppendTriangle(corners, mLeft[0], mLeft[1], mLeft[2]) ? 1 : -1;
-}
+// --- The corners that can lie in an ear are those bent inwards. They stand in a tree of boxes, split in turn at the
+// middle of the longer side, so that a query looks at a few boxes only, however unevenly the corners lie.
 
-namespace
-{
-#ifdef _WIN32
-#define VX_GLU_CALL CALLBACK
-#else
-#define VX_GLU_CALL
-#endif
-using SweepCall = void(VX_GLU_CALL*)();
+static constexpr std::int32_t kLeaf = 8;
 
-struct SweepState
+enum CornerState : std::uint8_t
 {
-    BArray<std::int32_t>* corners;
-    bool memoryRanOut = false, failed = false;
+    kConvex = 0,
+    kReflex,
+    kClipped,
 };
 
-// The sweeper's data words carry corner positions, not addresses; plus 1, as null means no corner to it.
-void VX_GLU_CALL OnVertex(void* data, void* user)
+bool Triangulator::PlantTree()
 {
-    SweepState& state = *static_cast<SweepState*>(user);
-    if (!state.memoryRanOut && !state.corners->Append(std::int32_t(reinterpret_cast<std::intptr_t>(data) - 1)))
-        state.memoryRanOut = true;
+    const std::int32_t count = std::int32_t(mFlat.Count());
+    mOrder.Empty();
+    if (!mPlace.SetCountForWriting(count))
+        return false;
+    for (std::int32_t k = 0; k < count; ++k)
+        if (mState[k] == kReflex && !mOrder.Append(k))
+            return false;
+    const std::int32_t reflex = std::int32_t(mOrder.Count());
+    std::int32_t nodes = 2;
+    for (std::int32_t leaves = 1; leaves * kLeaf < reflex; leaves *= 2)
+        nodes *= 2;
+    if (!mTree.SetCount(0) || !mTree.SetCount(2 * std::int64_t(nodes)))
+        return false;
+    if (reflex > 0)
+        Split(1, 0, reflex);
+    for (std::int32_t i = 0; i < reflex; ++i)
+        mPlace[mOrder[i]] = i;
+    return true;
 }
 
-// Being interested in edge flags makes the sweeper emit single triangles instead of strips and fans.
-void VX_GLU_CALL OnEdgeFlag(GLboolean, void*) {}
-
-void VX_GLU_CALL OnError(GLenum, void* user) { static_cast<SweepState*>(user)->failed = true; }
-
-// Where a ring crosses itself the sweeper asks for a new corner. There is none in the mesh, so the heaviest of those
-// that meet there stands in: the shape is slightly off at the crossing only.
-void VX_GLU_CALL OnCombine(GLdouble*, void* data[4], GLfloat weight[4], void** out, void*)
+void Triangulator::Split(std::int32_t node, std::int32_t from, std::int32_t to)
 {
-    int best = 0;
-    for (int i = 1; i < 4; ++i)
-        if (data[i] && weight[i] > weight[best])
-            best = i;
-    *out = data[best];
+    Node& here = mTree[node];
+    here.low = here.high = mFlat[mOrder[from]];
+    here.alive = to - from;
+    for (std::int32_t i = from; i < to; ++i)
+    {
+        const Point p = mFlat[mOrder[i]];
+        here.low = {std::min(here.low.x, p.x), std::min(here.low.y, p.y)};
+        here.high = {std::max(here.high.x, p.x), std::max(here.high.y, p.y)};
+    }
+    if (to - from <= kLeaf)
+        return;
+    const bool wide = here.high.x - here.low.x > here.high.y - here.low.y;
+    const std::int32_t middle = from + (to - from) / 2;
+    // Equal coordinates fall back on the corner's number: the same tree on every machine.
+    std::nth_element(mOrder.begin() + from, mOrder.begin() + middle, mOrder.begin() + to,
+                     [&](std::int32_t a, std::int32_t b)
+                     {
+                         const double pa = wide ? mFlat[a].x : mFlat[a].y, pb = wide ? mFlat[b].x : mFlat[b].y;
+                         return pa != pb ? pa < pb : a < b;
+                     });
+    Split(2 * node, from, middle);
+    Split(2 * node + 1, middle, to);
 }
-} // namespace
 
-bool Triangulator::Sweep(BArray<std::int32_t>& corners)
+// The corner is no longer bent inwards.
+void Triangulator::Fell(std::int32_t corner)
 {
-    if (!mSweeper)
-        mSweeper = gluNewTess();
-    if (!mSweeper)
+    const std::int32_t place = mPlace[corner];
+    std::int32_t node = 1, from = 0, to = std::int32_t(mOrder.Count());
+    for (;;)
     {
-        corners.Release();
+        --mTree[node].alive;
+        if (to - from <= kLeaf)
+            return;
+        const std::int32_t middle = from + (to - from) / 2;
+        const bool left = place < middle;
+        node = 2 * node + (left ? 0 : 1);
+        (left ? to : from) = middle;
+    }
+}
+
+// Whether some corner lies in the ear. Boxes wholly on the outer side of one of its edges are passed over.
+bool Triangulator::Blocked(std::int32_t node, std::int32_t from, std::int32_t to, const Point (&ear)[3]) const
+{
+    const Node& here = mTree[node];
+    if (here.alive == 0)
         return false;
-    }
-    GLUtesselator* const tess = static_cast<GLUtesselator*>(mSweeper);
-    const std::int64_t before = corners.Count();
-    SweepState state{&corners};
-    gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<SweepCall>(OnVertex));
-    gluTessCallback(tess, GLU_TESS_EDGE_FLAG_DATA, reinterpret_cast<SweepCall>(OnEdgeFlag));
-    gluTessCallback(tess, GLU_TESS_ERROR_DATA, reinterpret_cast<SweepCall>(OnError));
-    gluTessCallback(tess, GLU_TESS_COMBINE_DATA, reinterpret_cast<SweepCall>(OnCombine));
-    gluTessProperty(tess, GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_NONZERO);
-    gluTessNormal(tess, 0, 0, 1);
-    gluTessBeginPolygon(tess, &state);
-    gluTessBeginContour(tess);
-    for (std::int64_t k = 0; k < mFlat.Count(); ++k)
+    for (int k = 0; k < 3; ++k)
     {
-        GLdouble xyz[3] = {mFlat[k].x, mFlat[k].y, 0};
-        gluTessVertex(tess, xyz, reinterpret_cast<void*>(std::intptr_t(k + 1)));
+        const Point &a = ear[k], &b = ear[(k + 1) % 3];
+        // The corner of the box that lies furthest to the inner side, which is the left.
+        const Point inner = {a.y > b.y ? here.high.x : here.low.x, b.x > a.x ? here.high.y : here.low.y};
+        if (Turn(a, b, inner) < 0)
+            return false;
     }
-    gluTessEndContour(tess);
-    gluTessEndPolygon(tess);
-    if (state.memoryRanOut)
+    if (to - from > kLeaf)
+    {
+        const std::int32_t middle = from + (to - from) / 2;
+        return Blocked(2 * node, from, middle, ear) || Blocked(2 * node + 1, middle, to, ear);
+    }
+    for (std::int32_t i = from; i < to; ++i)
+    {
+        if (mState[mOrder[i]] != kReflex)
+            continue;
+        const Point& p = mFlat[mOrder[i]];
+        bool inside = true;
+        for (int k = 0; k < 3; ++k)
+        {
+            const Point &a = ear[k], &b = ear[(k + 1) % 3];
+            // Its own corners do not block it, nor do others in the same place: a bridge to a hole passes twice.
+            inside = inside && !(p.x == a.x && p.y == a.y) && Turn(a, b, p) >= 0;
+        }
+        if (inside)
+            return true;
+    }
+    return false;
+}
+
+// --- Clipping. After D. Eberly, Triangulation by Ear Clipping, 2002: taking away an ear changes only what its two
+// neighbours are, so no other corner is looked at again.
+
+double Triangulator::TurnAt(std::int32_t corner) const
+{
+    return Turn(mFlat[mBefore[corner]], mFlat[corner], mFlat[mAfter[corner]]);
+}
+
+bool Triangulator::IsEar(std::int32_t corner) const
+{
+    if (!(TurnAt(corner) > 0))
         return false;
-    if (state.failed)
+    const Point ear[3] = {mFlat[mBefore[corner]], mFlat[corner], mFlat[mAfter[corner]]};
+    return mOrder.IsEmpty() || !Blocked(1, 0, std::int32_t(mOrder.Count()), ear);
+}
+
+bool Triangulator::ClipEars(BArray<std::int32_t>& corners)
+{
+    const std::int32_t count = std::int32_t(mFlat.Count());
+    if (!mBefore.SetCountForWriting(count) || !mAfter.SetCountForWriting(count) || !mState.SetCountForWriting(count) ||
+        !mTried.SetCountForWriting(count))
+        return false;
+    for (std::int32_t k = 0; k < count; ++k)
     {
-        // Coordinates beyond what the sweeper accepts: a fan is better than a hole.
-        corners.SetCount(before);
-        return AppendFan(0, std::int32_t(mFlat.Count()), corners);
+        mBefore[k] = (k + count - 1) % count;
+        mAfter[k] = (k + 1) % count;
+        mTried[k] = count - 1 - k;
     }
+    for (std::int32_t k = 0; k < count; ++k)
+        mState[k] = TurnAt(k) > 0 ? kConvex : kReflex;
+    if (!PlantTree())
+        return false;
+
+    std::int32_t left = count, start = 0;
+    while (left > 3 && !mTried.IsEmpty())
+    {
+        const std::int32_t tip = mTried[mTried.Count() - 1];
+        mTried.SetCount(mTried.Count() - 1);
+        if (mState[tip] != kConvex || !IsEar(tip))
+            continue;
+        const std::int32_t before = mBefore[tip], after = mAfter[tip];
+        if (!AppendTriangle(corners, before, tip, after))
+            return false;
+        mState[tip] = kClipped;
+        mAfter[before] = after;
+        mBefore[after] = before;
+        start = after;
+        --left;
+        for (const std::int32_t neighbour : {after, before})
+        {
+            if (mState[neighbour] == kReflex && TurnAt(neighbour) > 0)
+            {
+                Fell(neighbour);
+                mState[neighbour] = kConvex;
+            }
+            if (!mTried.Append(neighbour))
+                return false;
+        }
+    }
+    // Three corners are left, or a ring that crosses itself or lies on a line and has no ear.
+    while (mState[start] == kClipped)
+        ++start;
+    for (std::int32_t b = mAfter[start], c = mAfter[b]; c != start; b = c, c = mAfter[c])
+        if (!AppendTriangle(corners, start, b, c))
+            return false;
     return true;
 }
 } // namespace vx

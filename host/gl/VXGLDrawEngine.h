@@ -49,8 +49,8 @@ public:
     void SetShadowDensity(float density) { mShadowDensity = density; } ///< of the darkest place on the ground, 0..1
 
     // --- After a frame
-    const BString& Error() const { return mError; }                 ///< of the last frame; empty when all went well
-    std::int64_t NumDrawCalls() const { return mNumDrawCalls; }     ///< of the last frame
+    const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
+    std::int64_t NumDrawCalls() const { return mNumDrawCalls; }      ///< of the last frame
     std::size_t NumGeometries() const { return mGeometries.size(); } ///< held in buffers
 
     // --- Hooks: VXGLDrawEngine.cpp
@@ -113,10 +113,10 @@ private:
     struct FrameBlock;
     struct LineStyle
     {
-        float width = 1;    ///< pixels of the finished picture
+        float width = 1; ///< pixels of the finished picture
         VXMaterialColor4 color;
         float alpha = 1;
-        float bias = 0;     ///< of normalised depth
+        float bias = 0; ///< of normalised depth
         float fadeBelow = 0, fadeTo = 1, fadeFar = 0;
         bool lit = false;
         VXMaterialColor4 kd;

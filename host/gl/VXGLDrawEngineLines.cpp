@@ -55,9 +55,8 @@ void VXGLDrawEngine::DrawSegments(const vx::GpuArray& pairs, const Range& range,
         return;
     const bool lit = style.lit && mBuffers->NeedNormals();
     const std::string defines = std::string(points ? "#define POINTS\n" : "") + (lit ? "#define LIT\n" : "");
-    vx::Program* const program =
-        Variant(0x40000000u + (points ? 1u : 0u) + (lit ? 2u : 0u), "lines", defines, vx::text::kLineVertex,
-                vx::text::kLineFragment);
+    vx::Program* const program = Variant(0x40000000u + (points ? 1u : 0u) + (lit ? 2u : 0u), "lines", defines,
+                                         vx::text::kLineVertex, vx::text::kLineFragment);
     if (!program)
         return;
     glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);

@@ -15,7 +15,7 @@
 // all surfaces, and lays the map over the ground.
 
 static constexpr int kMapSide = 512;
-static constexpr float kMargin = 0.42f;                          // around the content, as a share of its size
+static constexpr float kMargin = 0.42f;                     // around the content, as a share of its size
 static constexpr float kBlur[3] = {0.010f, 0.032f, 0.095f}; // standard deviations, as shares of its size
 
 bool VXGLDrawEngine::MakeShadowMap()

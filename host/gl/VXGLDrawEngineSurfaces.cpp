@@ -202,7 +202,8 @@ void VXGLDrawEngine::SetMaterialUniforms(vx::Program& program, const VXElementBa
 
 void VXGLDrawEngine::BindSurfaceArrays(std::uint32_t variant)
 {
-    const auto attribute = [](GLuint index, bool on, const vx::GpuArray& from, GLint size) {
+    const auto attribute = [](GLuint index, bool on, const vx::GpuArray& from, GLint size)
+    {
         if (!on)
         {
             glDisableVertexAttribArray(index);

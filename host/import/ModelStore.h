@@ -24,8 +24,8 @@ struct ImportOptions
 /// What there is to say about an import, one line each, led by the name of the file it is about.
 struct ImportReport
 {
-    BString error;             ///< empty when the model was read
-    BArray<BString> warnings;  ///< what is missing or odd without keeping the model from being shown
+    BString error;            ///< empty when the model was read
+    BArray<BString> warnings; ///< what is missing or odd without keeping the model from being shown
 };
 
 /// Models read from files, and all that a scene refers to without owning it: meshes, materials, textures. Must outlive
@@ -38,8 +38,8 @@ public:
     ModelStore(const ModelStore&) = delete;
     ModelStore& operator=(const ModelStore&) = delete;
 
-    /// Reads a Wavefront file, plain or gzip, with the materials and textures that it names, and adds it to the scene as
-    /// one object that takes its style from the scene and casts a shadow. The scene must be the current one.
+    /// Reads a Wavefront file, plain or gzip, with the materials and textures that it names, and adds it to the scene
+    /// as one object that takes its style from the scene and casts a shadow. The scene must be the current one.
     /// @return the object, which the scene owns; null with report.error when the model could not be used
     VXObject* ImportObj(VXScene& scene, const BPath& path, const ImportOptions& options, ImportReport& report);
 
@@ -62,8 +62,8 @@ private:
     VXObject* AddMesh(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder, ImportReport& report);
     void ReadMaterials(VXScene& scene, const BPath& path, ImportReport& report);
 
-    BArray<VXGeom*> mMeshes;         ///< owned; objects borrow them
-    BArray<VXMaterial*> mMaterials;  ///< owned; scenes and meshes point to them
+    BArray<VXGeom*> mMeshes;        ///< owned; objects borrow them
+    BArray<VXMaterial*> mMaterials; ///< owned; scenes and meshes point to them
     TextureTable mTextures;
 };
 } // namespace vx

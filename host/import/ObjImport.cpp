@@ -111,9 +111,9 @@ static std::unique_ptr<VXGeom> NewMesh(const ImportOptions& options)
 
 static BString Told(const BString& name, const GEOM_ReadReport& report)
 {
-    return report.errorLine > 0 ? BString::Format("%s:%lld: ", name.CString(), static_cast<long long>(report.errorLine)) +
-                                      report.error
-                                : name + ": " + report.error;
+    return report.errorLine > 0
+               ? BString::Format("%s:%lld: ", name.CString(), static_cast<long long>(report.errorLine)) + report.error
+               : name + ": " + report.error;
 }
 
 static void TellOddities(const BString& name, const GEOM_ReadReport& read, ImportReport& report)

@@ -95,7 +95,8 @@ TEST(ReadMaterialText, AnyBytesEndInAList)
             for (const float value : {record.kd.x, record.kd.y, record.kd.z, record.ks.x, record.opacity})
                 EXPECT_TRUE(value >= 0 && value <= 1) << text.substr(0, 40);
     // Damage at random places of a good file.
-    const std::string good = "newmtl a\nKd 0.5 0.5 0.5\nmap_Kd -o 1 2 3 -s 1 1 1 -mm 0 1 picture.png\nNs 10\nillum 2\nd 0.5\n";
+    const std::string good =
+        "newmtl a\nKd 0.5 0.5 0.5\nmap_Kd -o 1 2 3 -s 1 1 1 -mm 0 1 picture.png\nNs 10\nillum 2\nd 0.5\n";
     std::mt19937 random(5);
     for (int round = 0; round < 3000; ++round)
     {
@@ -157,7 +158,9 @@ TEST(ImportObj, WhatCannotBeUsedIsAnErrorWithFileAndLine)
         const char* file;
         const char* told;
     };
-    const Row rows[] = {{"bad.obj", "bad.obj:3: "}, {"empty.obj", "empty.obj"}, {"points.obj", "points.obj"},
+    const Row rows[] = {{"bad.obj", "bad.obj:3: "},
+                        {"empty.obj", "empty.obj"},
+                        {"points.obj", "points.obj"},
                         {"no-such-file.obj", "no-such-file.obj"}};
     for (const Row& row : rows)
     {
