@@ -27,13 +27,13 @@ static const char* BehindContinuation(const char* p)
     return *p == '\n' ? p + 1 : nullptr;
 }
 
-inline const char* ObjParser::SkipBlanks(const char* p)
+const char* ObjParser::SkipManyBlanks(const char* p)
 {
     for (;;)
     {
         if (IsBlank(*p))
             ++p;
-        else if (const char* const next = BehindContinuation(p)) [[unlikely]]
+        else if (const char* const next = BehindContinuation(p))
         {
             p = next;
             ++mLine;
@@ -41,6 +41,15 @@ inline const char* ObjParser::SkipBlanks(const char* p)
         else
             return p;
     }
+}
+
+// One blank, as most are, costs little.
+inline const char* ObjParser::SkipBlanks(const char* p)
+{
+    p += *p == ' ';
+    if (*p > ' ' && *p != '\\') [[likely]]
+        return p;
+    return *p == '\n' ? p : SkipManyBlanks(p);
 }
 
 const char* ObjParser::SkipComment(const char* p) const
@@ -76,6 +85,7 @@ inline const char* ObjParser::EndOfStatement(const char* p)
 const char* ObjParser::Fail(BString error, std::int64_t line)
 {
     mReport.error = std::move(error);
+    mReport.lines = mLine;
     mReport.errorLine = line < 0 ? mLine : line;
     return nullptr;
 }
@@ -119,7 +129,7 @@ inline const char* ObjParser::Number(const char* p, float& value, int found, int
 {
     p = SkipBlanks(p);
     const char* const end = ScanFloat(p, mEnd, value);
-    if (!end || !EndsToken(*end)) [[unlikely]]
+    if (!end || (*end != ' ' && !EndsToken(*end))) [[unlikely]]
         return NumberError(p, found, wanted);
     return end;
 }
@@ -142,30 +152,42 @@ const char* ObjParser::Numbers(const char* p, float* values, int atLeast, int at
     return EndOfStatement(p);
 }
 
-// An index of the file, counted from 1 or back from the newest, as an index of the array.
-inline const char* ObjParser::Index(const char* p, std::int64_t count, std::int64_t limit, const char* what,
-                                    std::int32_t& index)
+// Any index of the file, counted from 1 or back from the newest, as an index of the array.
+const char* ObjParser::IndexSlowly(const char* p, std::int64_t count, std::int64_t limit, const char* what,
+                                   std::int32_t& index)
 {
     std::int64_t value;
-    const char* const end = ScanInteger(p, mEnd, value);
-    if (!end || !(EndsToken(*end) || *end == '/')) [[unlikely]]
-    {
-        if (*p == '\n' || *p == '#' || IsBlank(*p))
-            return Fail(BString::Format("the statement is truncated: expected the index of a %s", what));
+    const char* const end = ScanInteger(p, value);
+    if (!end && (*p == '\n' || *p == '#' || IsBlank(*p)))
+        return Fail(BString::Format("the statement is truncated: expected the index of a %s", what));
+    if (!end)
         return Fail(BString::Format("malformed index of a %s: ", what) + Quoted(p) + ", expected a whole number");
-    }
     const std::int64_t at = value > 0 ? value - 1 : count + value;
-    if (value == 0 || at < 0 || at >= limit) [[unlikely]]
+    if (value == 0 || at < 0 || at >= limit)
     {
-        const long long there = at < limit ? count : limit;
+        const long long there = limit < kMostEntries ? limit : count;
         const BString expected = there > 0 ? BString::Format("expected 1 to %lld or -%lld to -1", there, there)
                                            : BString("expected a statement that makes one");
         return Fail(BString::Format("index %lld of a %s is out of range, ", static_cast<long long>(value), what) +
                     expected);
     }
-    mPointsAhead |= at >= count;
+    mPointsAhead = mPointsAhead || at >= count;
     index = std::int32_t(at);
     return end;
+}
+
+// The same for an index of at most seven digits, without a sign, of what has been read already.
+inline const char* ObjParser::Index(const char* p, std::int64_t count, std::int64_t limit, const char* what,
+                                    std::int32_t& index)
+{
+    int length;
+    const std::uint32_t at = ScanDigits(p, length) - 1;
+    if (std::uint32_t(length) - 1 < 7 && at < std::uint32_t(count)) [[likely]]
+    {
+        index = std::int32_t(at);
+        return p + length;
+    }
+    return IndexSlowly(p, count, limit, what, index);
 }
 
 // --- Vertices
@@ -264,34 +286,31 @@ const char* ObjParser::Polygon(const char* p, GEOM_ElementType type)
     std::int64_t corner = first, texCorner = to.texSets.count, normals = 0;
     for (p = SkipBlanks(p); *p != '\n' && *p != '#'; p = SkipBlanks(p), ++corner)
     {
+        const char* const start = p;
         if (corner == to.sets.capacity && !GrowCorners(corner)) [[unlikely]]
             return NoMemory();
-        if (!(p = Index(p, numVerts, mVertLimit, "vertex", to.sets.data[corner])))
+        if (!(p = Index(p, numVerts, mVertLimit, "vertex", to.sets.data[corner]))) [[unlikely]]
             return nullptr;
         std::int32_t normal = -1;
+        if (*p == '/' && *++p != '/')
+        {
+            if (texCorner == to.texSets.capacity && !to.texSets.Grow(texCorner)) [[unlikely]]
+                return NoMemory();
+            if (!(p = Index(p, numTexVerts, mTexLimit, "texture vertex", to.texSets.data[texCorner]))) [[unlikely]]
+                return nullptr;
+            ++texCorner;
+        }
         if (*p == '/')
         {
-            if (*++p != '/')
-            {
-                if (texCorner == to.texSets.capacity && !to.texSets.Grow(texCorner)) [[unlikely]]
-                    return NoMemory();
-                if (!(p = Index(p, numTexVerts, mTexLimit, "texture vertex", to.texSets.data[texCorner])))
-                    return nullptr;
-                ++texCorner;
-            }
-            if (*p == '/')
-            {
-                if (!(p = Index(p + 1, numNormals, mNormalLimit, "normal", normal)))
-                    return nullptr;
-                ++normals;
-                if (!to.normalSets.data && !BeginNormalSets(corner)) [[unlikely]]
-                    return NoMemory();
-            }
-            if (*p == '/')
-                return Fail("a corner has more than three indices, expected v/vt/vn");
+            if (!(p = Index(p + 1, numNormals, mNormalLimit, "normal", normal)) ||
+                (!to.normalSets.data && !BeginNormalSets(corner))) [[unlikely]]
+                return p ? NoMemory() : nullptr;
+            ++normals;
         }
         if (to.normalSets.data)
             to.normalSets.data[corner] = normal;
+        if (*p != ' ' && !EndsToken(*p)) [[unlikely]]
+            return Fail("malformed corner " + Quoted(start) + ", expected v, v/vt, v//vn or v/vt/vn");
     }
     return FinishPolygon(p, type, corner - first, texCorner - to.texSets.count, normals);
 }
@@ -466,7 +485,7 @@ const char* ObjParser::Smoothing(const char* p)
         do
         {
             std::int64_t number;
-            const char* const end = ScanInteger(p, mEnd, number);
+            const char* const end = ScanInteger(p, number);
             if (!end || !EndsToken(*end) || number < 0)
                 return *p == '\n' || *p == '#'
                            ? Fail("the statement is truncated: expected a smoothing group")
@@ -549,11 +568,11 @@ bool ObjParser::ParseLines(const char* p, const char* end, const char* guard)
     return true;
 }
 
-// The part of the text behind its last line feed that ends a statement. It is parsed from a copy, which can be given
-// the line feeds that it lacks; all before it is parsed where it lies.
+// Where the last statements of the text begin that are parsed from a copy: it can be given the line feeds that the text
+// may lack, and the bytes behind them that are fetched with digits. All before is parsed where it lies.
 static std::size_t TailStart(const char* text, std::size_t size)
 {
-    for (std::size_t at = size; at > 0; --at)
+    for (std::size_t at = size < kReadAhead ? 0 : size - kReadAhead; at > 0; --at)
     {
         if (text[at - 1] != '\n')
             continue;
@@ -576,10 +595,13 @@ bool ObjParser::Parse()
     if (tailStart < mSize)
     {
         std::string tail(mText + tailStart, mSize - tailStart);
-        tail += "\n\n"; // the second is read when the text ends with a continuation
+        if (!tail.ends_with('\n'))
+            tail += '\n';
+        const std::size_t size = tail.size();
+        tail += '\n'; // read when the text ends with a continuation
+        tail.append(kReadAhead, '\0');
         mProgress = nullptr;
-        const char* const end = tail.data() + tail.size();
-        if (!ParseLines(tail.data(), end - 1, end))
+        if (!ParseLines(tail.data(), tail.data() + size, tail.data() + size + 1))
             return false;
     }
     mReport.lines = mLine;

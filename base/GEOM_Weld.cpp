@@ -79,7 +79,7 @@ public:
     /// Number of survivors, -1 when memory ran out.
     std::int32_t Weld()
     {
-        mHashBits = std::bit_width(std::uint32_t(mNumVerts) | 255u);
+        mHashBits = int(std::bit_width(std::uint32_t(mNumVerts) | 255u));
         mHeads = MEM_AllocArray<std::int32_t>(std::size_t(1) << mHashBits);
         mNodes = MEM_AllocArray<Node>(std::size_t(mNumVerts));
         if (!mHeads || !mNodes)
@@ -129,7 +129,8 @@ private:
     {
         std::int32_t best = Nearer(place.home, place.p, INT32_MAX);
         const Axis &x = place.x, &y = place.y, &z = place.z;
-        const unsigned sides = (x.neighbour != 0) | (y.neighbour != 0) << 1 | (z.neighbour != 0) << 2;
+        const unsigned sides =
+            (x.neighbour != 0 ? 1u : 0u) | (y.neighbour != 0 ? 2u : 0u) | (z.neighbour != 0 ? 4u : 0u);
         for (unsigned set = sides; set != 0; set = (set - 1) & sides) // every choice of sides but none
         {
             const std::size_t bucket =

@@ -143,6 +143,8 @@ private:
     const char* Number(const char* p, float& value, int found, int wanted);
     const char* Numbers(const char* p, float* values, int atLeast, int atMost, int& found);
     const char* Index(const char* p, std::int64_t count, std::int64_t limit, const char* what, std::int32_t& index);
+    const char* IndexSlowly(const char* p, std::int64_t count, std::int64_t limit, const char* what,
+                            std::int32_t& index);
     bool GrowCorners(std::int64_t used);
     bool BeginNormalSets(std::int64_t corners);
     const char* FinishPolygon(const char* p, GEOM_ElementType type, std::int64_t length, std::int64_t texCorners,
@@ -150,6 +152,7 @@ private:
     bool BeginRun(GEOM_ElementType type);
 
     const char* SkipBlanks(const char* p);
+    const char* SkipManyBlanks(const char* p);
     const char* SkipStatement(const char* p);
     const char* EndOfStatement(const char* p);
     const char* SkipComment(const char* p) const;
