@@ -43,7 +43,8 @@ vec4 Background()
     float height = (gl_FragCoord.y / uViewport.y) * uTile.y + uTile.w;
     float t = smoothstep(0.0, 1.0, height);
     vec4 color = mix(uBackBottom, uBackTop, t);
-    return vec4(color.rgb + Dither() / 255.0, color.a);
+    float noise = uBackTop == uBackBottom ? 0.0 : Dither();
+    return vec4(color.rgb + noise / 255.0, color.a);
 }
 #endif
 )";

@@ -171,8 +171,10 @@ void VXGLDrawEngine::DrawHaberlineSets(VXMaterial* material, int count, const st
 
 // --- Outlines: gathered edge by edge, drawn when the geometry ends
 
-void VXGLDrawEngine::DrawPolygon(VXGeom*, const VXEdge& edge)
+void VXGLDrawEngine::DrawPolygon(VXGeom* geom, const VXEdge& edge)
 {
+    if (!geom->Polygon(edge.PolyIndex1())->IsFace())
+        return; // line elements are drawn as what they are
     if (!edge.IsBoundaryEdge() && !edge.IsOpenEdge() && !edge.IsMtlBoundaryEdge())
         return;
     if (mOutlinePairs.Append(edge.VertIndex1()))

@@ -139,6 +139,8 @@ std::uint32_t VXGLDrawEngine::TextureOf(std::int32_t index)
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+        if (GLEW_EXT_texture_filter_anisotropic) // keeps surfaces that are seen at a slant sharp
+            glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAX_ANISOTROPY_EXT, 4);
         // The picture's top row goes to v = 1, where texture coordinates have it.
         BArray<std::uint8_t> rows;
         const std::int64_t bytes = std::int64_t(picture->Width()) * 4;

@@ -196,14 +196,12 @@ TEST_F(PreviewGL, AStillSceneUploadsNothingAndAPoseOnlyPositionsAndNormals)
 TEST_F(PreviewGL, HiddenLinesAreHidden)
 {
     // A wall in front of a fine grid: only the wall's own edges may be seen.
-    Preview alone;
-    ASSERT_TRUE(alone.PrepareContext());
     const TestMesh wall = Moved(Scaled(Grid(1, 1), 4), {-2, -2, 1});
     for (const bool ortho : {true, false})
         for (const DrawMode mode : {DrawMode::HidLine, DrawMode::Outline})
         {
             SCOPED_TRACE(PresetOf(mode).name);
-            Preview with, without;
+            Preview with;
             ASSERT_TRUE(with.PrepareContext());
             Add(with, wall);
             Add(with, Moved(Scaled(Grid(12, 12), 0.25f), {-1.5f, -1.5f, 0}));
@@ -334,7 +332,7 @@ TEST_F(PreviewGL, TexturesFitWithAndWithoutCreases)
             ASSERT_GE(face, 0);
             const std::uint8_t* const p = seen->Row(30) + 4 * 30;
             for (int c = 0; c < 3; ++c)
-                EXPECT_EQ(p[c] > 60, colours[face][c] > 0) << "channel " << c << " is " << int(p[c]);
+                EXPECT_EQ(p[c] > 100, colours[face][c] > 0) << "channel " << c << " is " << int(p[c]);
         }
     }
 }
@@ -453,20 +451,11 @@ TEST_F(PreviewGL, EdgeLinesFollowCreasesOnce)
 
 TEST_F(PreviewGL, OddMeshesLeaveNoError)
 {
+    float place = 0;
     for (const TestMesh& mesh : {OpenBox(), BentQuad(), MoebiusStrip(9), TwoCubesSharingAnEdge(), Sliver(), Fan(50)})
-    {
-        SCOPED_TRACE(mesh.name);
-        Preview shown;
-        ASSERT_TRUE(shown.PrepareContext());
-        Add(shown, mesh);
-        for (const DrawMode mode : {DrawMode::FlatLined, DrawMode::SmoothOutlined, DrawMode::Wire})
-        {
-            PreviewOptions options;
-            options.width = options.height = 64;
-            options.mode = mode;
-            Drawn(shown, options);
-        }
-    }
+        Add(preview, Moved(mesh, {place += 4, 0, 0}));
+    for (const DrawMode mode : {DrawMode::FlatLined, DrawMode::SmoothOutlined, DrawMode::Wire})
+        Drawn(preview, Plain(mode, 128, 64));
     const char* const lines = "v 0 0 0\nv 1 1 0\nv 2 0 0\nv 1 -1 1\nl 1 2 3 4\np 1 2\np 4\n";
     Preview shown;
     ASSERT_TRUE(shown.PrepareContext());

@@ -37,7 +37,7 @@ std::vector<Cloud> Clouds()
             {"long and far away", Scattered(10, 1, 1, {300, -20, 50}, 2)},
             {"tall and tiny", Scattered(0.001f, 0.01f, 0.001f, {0, 0, 0}, 3)},
             {"flat", Scattered(5, 0, 5, {0, 7, 0}, 4)},
-            {"a stick", {{0, 0, 0}, {0, 1000, 0}}},
+            {"a stick", {{-500, -500, -500}, {500, 500, 500}}},
             {"two thousand kilometres", Scattered(1e6f, 1e6f, 2e5f, {1e6f, 0, 0}, 5)}};
 }
 
@@ -100,7 +100,7 @@ TEST(FitView, FillsThePictureCentredFromAnywhere)
                         // Depth has digits to spare only when the planes are close to the content.
                         if (&cloud.points == &clouds[0].points)
                         {
-                            EXPECT_GT(frame.farthest - frame.nearest, 1.5);
+                            EXPECT_GT(frame.farthest - frame.nearest, 1.2);
                         }
                     }
                 }
