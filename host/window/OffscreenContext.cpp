@@ -6,38 +6,12 @@
 #include <EGL/eglext.h>
 
 #include <cstring>
-#include <map>
-#include <mutex>
 #include <vector>
 
 namespace vx
 {
 namespace
 {
-// One display is shared by all who ask for the same platform, so it is counted, and terminated by the last.
-class SharedDisplay
-{
-public:
-    static bool Open(EGLDisplay display)
-    {
-        const std::lock_guard guard(smMutex);
-        if (smUsers[display] == 0 && !eglInitialize(display, nullptr, nullptr))
-            return false;
-        ++smUsers[display];
-        return true;
-    }
-    static void Close(EGLDisplay display)
-    {
-        const std::lock_guard guard(smMutex);
-        if (--smUsers[display] == 0)
-            eglTerminate(display);
-    }
-
-private:
-    static inline std::mutex smMutex;
-    static inline std::map<EGLDisplay, int> smUsers;
-};
-
 struct Candidate
 {
     const char* platform;
@@ -102,14 +76,15 @@ struct OffscreenContext::Impl
             eglDestroySurface(display, surface);
         if (context != EGL_NO_CONTEXT)
             eglDestroyContext(display, context);
-        SharedDisplay::Close(display);
+        // The display stays initialised until the process ends: another context may use it, and starting a driver again
+        // takes a good part of a second.
     }
 
     // Empty on success, else what this display lacks.
     BString Open(EGLDisplay on)
     {
         display = on;
-        opened = SharedDisplay::Open(display);
+        opened = eglInitialize(display, nullptr, nullptr) == EGL_TRUE;
         if (!opened)
             return "cannot be initialised";
         if (!eglBindAPI(EGL_OPENGL_API))
