@@ -280,7 +280,7 @@ int RunInfo(const InfoOptions& options)
         if (const int code = InfoOf(name, options); code != kDone)
             return code;
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        return Fail(kFailed, "<stdout>", 0, "cannot be written");
+        return Fail(kFailed, "standard output", 0, "cannot be written");
     return kDone;
 }
 
