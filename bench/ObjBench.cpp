@@ -2,73 +2,16 @@
 // an exporter writes it, read from memory.
 
 #include "base/GEOM_Obj.h"
-#include "tests/support/Meshes.h"
+#include "bench/BenchMeshes.h"
 
 #include <benchmark/benchmark.h>
 #include <tiny_obj_loader.h>
 
 #include <cmath>
-#include <cstdio>
-#include <map>
 #include <sstream>
 
 namespace
 {
-struct ObjText
-{
-    std::string text;
-    int quads = 0;
-};
-
-void AppendTorusQuad(std::string& text, int nu, int nv, int u, int v)
-{
-    const int u1 = u + 1, v1 = v + 1;
-    const int corners[4][2] = {{u, v}, {u1, v}, {u1, v1}, {u, v1}};
-    text += 'f';
-    for (const auto& [cu, cv] : corners)
-    {
-        char corner[32];
-        std::snprintf(corner, sizeof corner, " %d/%d", cu % nu * nv + cv % nv + 1, cu * (nv + 1) + cv + 1);
-        text += corner;
-    }
-    text += '\n';
-}
-
-ObjText TorusText(int nu, int nv)
-{
-    ObjText torus{"mtllib torus.mtl\no torus\n", nu * nv};
-    torus.text.reserve(std::size_t(nu) * std::size_t(nv) * 120);
-    char line[96];
-    for (const VERTEX& p : Torus(nu, nv, false).verts)
-    {
-        std::snprintf(line, sizeof line, "v %.6f %.6f %.6f\n", double(p.x), double(p.y), double(p.z));
-        torus.text += line;
-    }
-    for (int u = 0; u <= nu; ++u)
-        for (int v = 0; v <= nv; ++v)
-        {
-            std::snprintf(line, sizeof line, "vt %.6f %.6f\n", double(u) / nu, double(v) / nv);
-            torus.text += line;
-        }
-    for (int u = 0; u < nu; ++u)
-    {
-        if (u == 0 || u == nu / 2)
-            torus.text += u == 0 ? "g left\nusemtl red\ns 1\n" : "g right\nusemtl blue\ns 1\n";
-        for (int v = 0; v < nv; ++v)
-            AppendTorusQuad(torus.text, nu, nv, u, v);
-    }
-    return torus;
-}
-
-const ObjText& TorusOf(int nu, int nv)
-{
-    static std::map<std::pair<int, int>, ObjText> made;
-    ObjText& torus = made[{nu, nv}];
-    if (torus.text.empty())
-        torus = TorusText(nu, nv);
-    return torus;
-}
-
 bool LoadWithTinyObj(const ObjText& torus, tinyobj::attrib_t& attrib, std::vector<tinyobj::shape_t>& shapes)
 {
     std::istringstream stream(torus.text);
@@ -107,7 +50,7 @@ bool SameMesh(const GEOM* g, const ObjText& torus)
 
 void ReadOurs(benchmark::State& state, int nu, int nv)
 {
-    const ObjText& torus = TorusOf(nu, nv);
+    const ObjText& torus = TorusText(nu, nv);
     if (!SameMesh(GeomPtr(GEOM_ReadObjText(torus.text.data(), torus.text.size())).get(), torus))
         state.SkipWithError("the two readers disagree");
     std::size_t held = 0;
@@ -124,7 +67,7 @@ void ReadOurs(benchmark::State& state, int nu, int nv)
 
 void ReadPeer(benchmark::State& state)
 {
-    const ObjText& torus = TorusOf(1000, 1000);
+    const ObjText& torus = TorusText(1000, 1000);
     for (auto _ : state)
     {
         tinyobj::attrib_t attrib;

@@ -1,0 +1,29 @@
+// The meshes that the benchmarks share, made once each.
+#pragma once
+
+#include "tests/support/Meshes.h"
+
+#include <chrono>
+#include <string>
+
+struct ObjText
+{
+    std::string text;
+    int quads = 0;
+};
+
+/// A torus of nu * nv quads with texture coordinates, two groups and two materials, as an exporter writes it.
+const ObjText& TorusText(int nu, int nv);
+
+/// The same as a record, and with polygons and vertices in random order (then in one group, of one material).
+const GEOM& TorusRecord(int nu, int nv);
+const GEOM& ShuffledTorusRecord(int nu, int nv);
+
+/// Seconds that a call takes: for benchmarks that time only part of an iteration.
+template <class Work>
+double SecondsOf(Work&& work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
