@@ -195,6 +195,10 @@ FENWICK_EXPORT void GEOM_Offset(GEOM* g, float dx, float dy, float dz);
 /// @return 0, or -1 for a null record or output
 FENWICK_EXPORT int GEOM_CalcPolyNormals(const GEOM* g, VERTEX* out);
 
+/// The same for `count` polygons from `first` on, into out[first] and so on: for callers that use the normals while
+/// they are still in the cache. The range is the caller's to keep right.
+FENWICK_EXPORT void GEOM_CalcPolyNormalsOf(const GEOM* g, VERTEX* out, std::int32_t first, std::int32_t count);
+
 /// Mean corner position and mean texture corner of each polygon; zero for polygons without corners.
 /// @param out numPolys entries, or null  @param texOut numPolys entries, or null
 FENWICK_EXPORT int GEOM_CalcPolyCentroids(const GEOM* g, VERTEX* out, T_VERTEX* texOut);

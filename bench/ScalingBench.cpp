@@ -19,7 +19,10 @@ TestMesh Gon(int n)
     return mesh;
 }
 
-TestMesh Shells(int n) { return Repeated(TestMesh{"triangle", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}}, n, {2, 0, 0}); }
+TestMesh Shells(int n)
+{
+    return Repeated(TestMesh{"triangle", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}}, n, {2, 0, 0});
+}
 
 TestMesh Collapsed(int n)
 {
@@ -71,9 +74,9 @@ const bool kRegistered = []
 {
     for (const Shape& shape : kShapes)
         for (const bool twice : {false, true})
-            benchmark::RegisterBenchmark(
-                (std::string("Derive ") + shape.name + (twice ? "/2n" : "/n")).c_str(),
-                [make = shape.make, twice](benchmark::State& state) { Derive(state, make(twice ? 200000 : 100000)); })
+            benchmark::RegisterBenchmark((std::string("Derive ") + shape.name + (twice ? "/2n" : "/n")).c_str(),
+                                         [make = shape.make, twice](benchmark::State& state)
+                                         { Derive(state, make(twice ? 200000 : 100000)); })
                 ->Unit(benchmark::kMillisecond);
     return true;
 }();

@@ -281,6 +281,8 @@ private:
         held = lent = hosts;
     }
     const GEOM_TexPoly* CurTexPoly(int corner) const;
+    bool WantsCreases() const;
+    bool ComputePlainTogether();
     void SumCreasedNormals(const VERTEX* polyNormals, std::span<VERTEX> sums);
     void SmoothAcross(const VXEdge& edge); // puts an edge's polygons on the smoothing list
     bool SplitCreases(EDGELIST* caller);   // classifies and splits, without normals; false when memory ran out

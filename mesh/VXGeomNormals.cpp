@@ -13,11 +13,30 @@ bool VXGeom::ComputeAllNormals()
 {
     if (!mGeom || mGeom->numPolys < 1 || UseExternalNormals())
         return true;
-    if (!MEM_SizeArrayForWriting(mPolyNormals, std::size_t(mGeom->numPolys)) ||
-        GEOM_CalcPolyNormals(mGeom, mPolyNormals) == -1)
+    if (!MEM_SizeArrayForWriting(mPolyNormals, std::size_t(mGeom->numPolys)))
+        return false;
+    if (mNumbCreaseVerts == 0 && !WantsCreases())
+        return ComputePlainTogether();
+    if (GEOM_CalcPolyNormals(mGeom, mPolyNormals) == -1)
         return false;
     MakeVertexNormals();
     return mVertNormals != nullptr;
+}
+
+// Creases are not generated while a temporary vertex array stands in: it is the caller's and cannot grow.
+bool VXGeom::WantsCreases() const { return GenerateCreases() && !EdgesClassified() && !mSavedVerts; }
+
+bool VXGeom::ComputePlainTogether()
+{
+    ClearWeldedNormals();
+    const std::size_t numVerts = std::size_t(mGeom->numVerts);
+    if (!MEM_SizeArrayForWriting(mVertNormals, numVerts))
+    {
+        MEM_Release(mVertNormals);
+        return false;
+    }
+    vx::PolyAndPlainNormals(*mGeom, mPolyNormals, {mVertNormals, numVerts});
+    return true;
 }
 
 int VXGeom::MakeVertexNormals(EDGELIST* /*unused*/)
@@ -27,8 +46,7 @@ int VXGeom::MakeVertexNormals(EDGELIST* /*unused*/)
     ClearWeldedNormals();
     if (UseExternalNormals())
         return 0;
-    // Creases are not generated while a temporary vertex array stands in: it is the caller's and cannot grow.
-    if (GenerateCreases() && !EdgesClassified() && !mSavedVerts)
+    if (WantsCreases())
         SplitCreases(nullptr); // when memory runs out there are none, and the mesh can still be drawn
     if (mNumbCreaseVerts > 0)
         ComputeCreasedNormals();

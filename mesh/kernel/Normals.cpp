@@ -2,8 +2,14 @@
 
 #include "base/MAT.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define VELMAR_SSE
+#include <emmintrin.h>
+#endif
 
 namespace vx
 {
@@ -59,6 +65,93 @@ void LineNormals(std::span<const VERTEX> points, const std::int32_t* ring, std::
     }
 }
 
+void AddTo(VERTEX& sum, float x, float y, float z)
+{
+    sum.x += x;
+    sum.y += y;
+    sum.z += z;
+}
+
+// What one polygon with the normal n does to the sums.
+struct PlainSum
+{
+    std::span<const VERTEX> points;
+    PolyView polys; // a copy: what is stored to the sums cannot change it, so it stays in registers
+    VERTEX* sums;
+
+    void Add(const ELEMENT& element, float x, float y, float z) const
+    {
+        const std::int32_t length = element.length;
+        const std::int32_t* const ring = polys.sets + element.start;
+        if (element.IsFace() && (length == 3 || length == 4)) [[likely]]
+        {
+            AddTo(sums[ring[0]], x, y, z);
+            AddTo(sums[ring[1]], x, y, z);
+            AddTo(sums[ring[2]], x, y, z);
+            if (length == 4)
+                AddTo(sums[ring[3]], x, y, z);
+        }
+        else if (element.type == kElementLine && length > 0)
+            LineNormals(points, ring, length, {x, y, z}, sums);
+        else if (element.type != kElementPoint && element.type != kElementLine && length > 2)
+            for (std::int32_t k = 0; k < length; ++k)
+                AddTo(sums[ring[k]], x, y, z);
+    }
+};
+
+void NormaliseOne(VERTEX& normal)
+{
+    if (normal == VERTEX{} || SameBits(normal, kUncounted))
+        normal = kDefaultNormal;
+    else
+        normal *= MATH_FastSqrtInv(Dot(normal, normal));
+}
+
+#ifdef VELMAR_SSE
+__m128 FourFastSqrtInv(__m128 x) // the same bits as MATH_FastSqrtInv
+{
+    const __m128 half = _mm_mul_ps(_mm_set1_ps(0.5f), x), threeHalves = _mm_set1_ps(1.5f);
+    const __m128i guess = _mm_sub_epi32(_mm_set1_epi32(0x5F375A86), _mm_srli_epi32(_mm_castps_si128(x), 1));
+    __m128 y = _mm_castsi128_ps(guess);
+    for (int step = 0; step < 3; ++step)
+        y = _mm_mul_ps(y, _mm_sub_ps(threeHalves, _mm_mul_ps(_mm_mul_ps(half, y), y)));
+    return y;
+}
+
+// Four normals in three vectors: x0 y0 z0 x1, y1 z1 x2 y2, z2 x3 y3 z3. False, and nothing written, when one is so
+// short that it may be zero, or may be the mark of one that does not count.
+bool NormaliseFour(VERTEX* normals)
+{
+    float* const at = &normals->x;
+    const __m128 a = _mm_loadu_ps(at), b = _mm_loadu_ps(at + 4), c = _mm_loadu_ps(at + 8);
+    const __m128 xy = _mm_shuffle_ps(b, c, _MM_SHUFFLE(2, 1, 3, 2)), yz = _mm_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 2, 1));
+    const __m128 x = _mm_shuffle_ps(a, xy, _MM_SHUFFLE(2, 0, 3, 0));
+    const __m128 y = _mm_shuffle_ps(yz, xy, _MM_SHUFFLE(3, 1, 2, 0));
+    const __m128 z = _mm_shuffle_ps(yz, c, _MM_SHUFFLE(3, 0, 3, 1));
+    const __m128 squared = _mm_add_ps(_mm_add_ps(_mm_mul_ps(x, x), _mm_mul_ps(y, y)), _mm_mul_ps(z, z));
+    const __m128 marked = _mm_and_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(_mm_castps_si128(x), _mm_set1_epi32(INT32_MIN))),
+                                     _mm_cmpeq_ps(squared, _mm_set1_ps(1)));
+    if (_mm_movemask_ps(_mm_or_ps(marked, _mm_cmpeq_ps(squared, _mm_setzero_ps()))) != 0) [[unlikely]]
+        return false;
+    const __m128 scale = FourFastSqrtInv(squared);
+    _mm_storeu_ps(at, _mm_mul_ps(a, _mm_shuffle_ps(scale, scale, _MM_SHUFFLE(1, 0, 0, 0))));
+    _mm_storeu_ps(at + 4, _mm_mul_ps(b, _mm_shuffle_ps(scale, scale, _MM_SHUFFLE(2, 2, 1, 1))));
+    _mm_storeu_ps(at + 8, _mm_mul_ps(c, _mm_shuffle_ps(scale, scale, _MM_SHUFFLE(3, 3, 3, 2))));
+    return true;
+}
+#else
+bool NormaliseFour(VERTEX*) { return false; }
+#endif
+
+void NormalisePlain(std::span<VERTEX> normals)
+{
+    std::size_t i = 0;
+    for (; i + 4 <= normals.size(); i += 4)
+        if (!NormaliseFour(normals.data() + i))
+            std::for_each(normals.begin() + std::ptrdiff_t(i), normals.begin() + std::ptrdiff_t(i + 4), NormaliseOne);
+    std::for_each(normals.begin() + std::ptrdiff_t(i), normals.end(), NormaliseOne);
+}
+
 } // namespace
 
 void FacingNormals(std::span<const VERTEX> points, const PolyView& polys, VERTEX* out)
@@ -90,28 +183,25 @@ void PlainNormals(std::span<const VERTEX> points, const PolyView& polys, const V
                   std::span<VERTEX> normals)
 {
     std::fill(normals.begin(), normals.end(), VERTEX{});
-    VERTEX* const sums = normals.data();
+    const PlainSum sum{points, polys, normals.data()};
     for (std::int64_t p = 0; p < polys.count; ++p)
+        sum.Add(polys[p], polyNormals[p].x, polyNormals[p].y, polyNormals[p].z);
+    NormalisePlain(normals);
+}
+
+void PolyAndPlainNormals(const GEOM& geom, VERTEX* polyNormals, std::span<VERTEX> normals)
+{
+    std::fill(normals.begin(), normals.end(), VERTEX{});
+    const PlainSum sum{{geom.verts, normals.size()}, PolysOf(geom), normals.data()};
+    constexpr std::int32_t kAtOnce = 512; // polygons whose corners and normals stay in the nearest cache
+    for (std::int32_t first = 0; first < geom.numPolys; first += kAtOnce)
     {
-        const ELEMENT& element = polys[p];
-        const std::int32_t length = polys.Length(element);
-        const std::int32_t* const ring = polys.sets + element.start;
-        if (element.type == kElementPoint || length < 1)
-            continue;
-        const VERTEX n = polyNormals[p];
-        if (element.type == kElementLine)
-            LineNormals(points, ring, length, n, sums);
-        else if (length > 2)
-            for (std::int32_t k = 0; k < length; ++k)
-                sums[ring[k]] += n;
+        const std::int32_t end = first + std::min(kAtOnce, geom.numPolys - first);
+        GEOM_CalcPolyNormalsOf(&geom, polyNormals, first, end - first);
+        for (std::int32_t p = first; p < end; ++p)
+            sum.Add(sum.polys[p], polyNormals[p].x, polyNormals[p].y, polyNormals[p].z);
     }
-    for (VERTEX& normal : normals)
-    {
-        if (normal == VERTEX{} || SameBits(normal, kUncounted))
-            normal = kDefaultNormal;
-        else
-            normal *= MATH_FastSqrtInv(Dot(normal, normal));
-    }
+    NormalisePlain(normals);
 }
 
 void ClearSums(std::span<VERTEX> sums) { std::fill(sums.begin(), sums.end(), kNothingAdded); }

