@@ -11,6 +11,26 @@
 namespace vx
 {
 
+/// One number for each corner of each polygon. Mostly a polygon has its corners in a power of two of its own, so that a
+/// number says which polygon and corner it is; where the lengths differ too much, numbers run on without gaps, and
+/// tables say so.
+class SlotNumbers
+{
+public:
+    /// @return false when memory ran out or there are too many corners for `limit` numbers
+    bool Number(const PolyView& polys, std::int64_t limit);
+
+    std::int64_t Count() const { return mCount; }
+    std::int32_t First(std::int32_t poly) const { return mShift >= 0 ? poly << mShift : mFirst.Data()[poly]; }
+    std::int32_t Poly(std::int32_t slot) const { return mShift >= 0 ? slot >> mShift : mPolyOf.Data()[slot]; }
+
+private:
+    std::int32_t mShift = 0; ///< -1: numbers without gaps
+    std::int64_t mCount = 0;
+    BArray<std::int32_t> mPolyOf; ///< per slot
+    BArray<std::int32_t> mFirst;  ///< per polygon
+};
+
 /// Memory of edge building, and what its first stage leaves for the second. Kept by a caller that builds again.
 struct EdgeScratch
 {
@@ -18,16 +38,15 @@ struct EdgeScratch
     struct Entry
     {
         std::uint32_t higher; ///< the other vertex
-        std::uint32_t slot;   ///< running corner number, and the two bits below
+        std::uint32_t slot;   ///< number of the corner where it starts, and some bits, see Edges.cpp
     };
 
     BArray<std::int32_t> bucketEnd; ///< per vertex: end of its bucket in entries
     BArray<Entry> entries;          ///< buckets in order of the lower vertex, each in order of walking
     BArray<std::int32_t> mate;      ///< per slot: how its edge goes on, see Edges.cpp
-    BArray<std::int32_t> polyOf;    ///< per slot
-    BArray<std::int32_t> firstSlot; ///< per polygon, and one more
-    BArray<std::int32_t> lastOf;    ///< per vertex; only for vertices of high valence
-    BArray<std::int32_t> chain;     ///< twice the largest bucket; only for vertices of high valence
+    SlotNumbers slots;
+    BArray<std::int32_t> lastOf; ///< per vertex; only for vertices of high valence
+    BArray<std::int32_t> chain;  ///< twice the largest bucket; only for vertices of high valence
 
     std::int64_t numEdges = 0;
     bool lines = false;  ///< some line of at least two corners
@@ -37,7 +56,7 @@ struct EdgeScratch
 /// First stage: pairs the half-edges of all polygons, exactly as adding them one by one would: a face's half-edge
 /// closes the newest open edge between its two vertices that another polygon left there, anything else opens an edge.
 /// Half-edges are sorted by their lower vertex by counting, so the time is linear in corners whatever the valences.
-/// @return false when memory ran out or there are 2^30 corners or more
+/// @return false when memory ran out or there are 2^29 corners or more
 bool PairHalfEdges(const PolyView& polys, std::int32_t numVerts, EdgeScratch& scratch);
 
 /// Second stage: writes the edges in the order in which polygons first walk them, and the chains of links.

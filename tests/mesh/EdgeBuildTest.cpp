@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <numeric>
 #include <set>
 
 TEST(EdgeBuild, IsWhatAddingEdgeByEdgeGives)
@@ -186,4 +187,20 @@ TEST(EdgeBuild, FacingMarksSilhouettesAndKeepsMaterialBoundaries)
     const VXEdge& rim = geom.EdgeList().GetEdge(geom.EdgeList().FindEdge(4, 5, 1));
     EXPECT_TRUE(rim.IsBoundaryEdge());
     EXPECT_TRUE(rim.IsMtlBoundaryEdge()); // never cleared
+}
+
+TEST(EdgeBuild, OneLongPolygonAmongShortOnesChangesNothing)
+{
+    // Corners are numbered in another way when the lengths of polygons differ widely.
+    TestMesh mesh = Torus(12, 10);
+    mesh.uvs.clear();
+    std::vector<int> all(mesh.verts.size());
+    std::iota(all.begin(), all.end(), 0);
+    mesh.faces.insert(mesh.faces.begin() + 30, all);
+    const GeomPtr g = mesh.Record();
+    VXEdgeList built;
+    ASSERT_TRUE(built.Build(*g));
+    const VXEdgeList expected = AddedOneByOne(*g);
+    EXPECT_EQ(RowsOf(built), RowsOf(expected));
+    EXPECT_EQ(ChainsOf(built), ChainsOf(expected));
 }

@@ -252,3 +252,30 @@ TEST(Normals, CentresAreTheMeanOfTheCorners)
     geom->ClearPolyCenters();
     EXPECT_EQ(geom->PolyCenters(), nullptr);
 }
+
+TEST(Normals, OfAPolygonDoNotDependOnItsNeighbours)
+{
+    // Several are computed at once where that is possible; quads, triangles, larger, flat and huge polygons in a row.
+    TestMesh mesh = RoughGrid(9, 6, 2.0f);
+    for (std::size_t f = 0; f < mesh.faces.size(); ++f)
+        if (f % 5 == 1)
+            mesh.faces[f].pop_back();
+    mesh.faces[40] = {0, 1, 2, 12, 22, 21, 20};
+    mesh.faces[50] = {0, 0, 1};
+    mesh.verts[95] = {1e20f, 0, 3};
+    mesh.uvs.clear();
+    std::vector<VERTEX> together(mesh.faces.size());
+    ASSERT_EQ(GEOM_CalcPolyNormals(mesh.Record().get(), together.data()), 0);
+    for (std::size_t f = 0; f < mesh.faces.size(); ++f)
+    {
+        const TestMesh alone{"alone", mesh.verts, {mesh.faces[f]}};
+        VERTEX normal;
+        GEOM_CalcPolyNormals(alone.Record().get(), &normal);
+        EXPECT_EQ(together[f], normal) << f;
+    }
+    // The two ways to vertex normals, with the polygon normals in one go and one after the other.
+    const auto geom = GeomOf(mesh, false);
+    const std::vector<VERTEX> oneGo(geom->VertNormals(), geom->VertNormals() + geom->NumVerts(false));
+    geom->ComputeNonCreasedNormals();
+    EXPECT_EQ(oneGo, std::vector<VERTEX>(geom->VertNormals(), geom->VertNormals() + geom->NumVerts(false)));
+}
