@@ -80,12 +80,12 @@ TEST_F(Preview, DrawsTheBundledSampleWithoutArguments)
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->Width(), 1280);
     EXPECT_EQ(picture->Height(), 720);
-    // Cobalt paint on the cup shows that materials and texture were found.
+    // Cobalt paint on the cup, some hundredth of the picture, is there only when materials and texture were found.
     std::int64_t blue = 0;
     for (int y = 0; y < picture->Height(); ++y)
         for (int x = 0; x < picture->Width(); ++x)
             blue += picture->Row(y)[4 * x + 2] > picture->Row(y)[4 * x] + 60;
-    EXPECT_GT(blue, 10000);
+    EXPECT_GT(blue, 5000);
 }
 
 TEST_F(Preview, DrawsEachModeInItsOwnWay)
