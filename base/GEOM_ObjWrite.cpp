@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
@@ -193,8 +192,11 @@ bool ObjWriter::GroupsAppearInOrder() const
     for (std::int32_t i = 0; i < mGeom->numPolys; ++i)
     {
         const ELEMENT* const poly = mGeom->Poly(i);
-        const bool same =
-            previous && std::memcmp(poly->groupBits, previous->groupBits, std::size_t(4 * mGeom->GroupWords())) == 0;
+        if (!CanBeWritten(poly))
+            continue;
+        bool same = previous != nullptr;
+        for (std::int64_t w = 1; w < mGeom->GroupWords() && same; ++w)
+            same = poly->GroupWord(w) == previous->GroupWord(w);
         previous = poly;
         for (std::int64_t k = seen; !same && k < count; ++k)
             if (IsIn(poly, k))

@@ -206,6 +206,9 @@ TEST(ObjWrite, LeavesOutWhatCannotBeRead)
     g->Poly(1)->length = 2;
     g->Poly(2)->type = 4;
     g->Poly(3)->type = kElementFaceAlso;
+    ASSERT_EQ(GEOM_GroupAddElem(g.get(), "left out", 2), 0);
+    ASSERT_EQ(GEOM_GroupAddElem(g.get(), "written", 3), 0);
+    ASSERT_EQ(GEOM_GroupAddElem(g.get(), "left out", 3), 0);
     const ScratchFile scratch(".obj");
     ASSERT_EQ(Write(g.get(), scratch.Path()), 0);
     GEOM_ReadReport report;
@@ -213,6 +216,8 @@ TEST(ObjWrite, LeavesOutWhatCannotBeRead)
     ASSERT_TRUE(back);
     EXPECT_EQ(back->numPolys, 4);
     EXPECT_EQ(report.shortFaces, 0);
+    EXPECT_EQ(back->groupNames[0], "left_out");
+    EXPECT_EQ(back->groupNames[1], "written");
 }
 
 TEST(ObjWrite, RefusesNumbersThatAreNotFinite)
