@@ -175,7 +175,8 @@ public:
     int MakeVertexNormals(EDGELIST* unused = nullptr); ///< from the polygon normals; 0, or -1 without a record
     VERTEX* ComputeNonCreasedNormals();                ///< the vertex normals; null on failure
     /// Vertex normals with creases. @param normals, polyNormals arrays to use instead of the mesh's own, or null
-    /// @param tangents also compute tangents beside  @return the vertex normals, null on failure
+    /// @param tangents reserved for tangents beside them: none are computed yet  @return the vertex normals, null on
+    /// failure
     VERTEX* ComputeCreasedNormals(VERTEX* normals = nullptr, VERTEX* polyNormals = nullptr, bool tangents = false);
     VERTEX* VertNormals() const { return mVertNormals; } ///< per vertex
     VERTEX* PolyNormals() const { return mPolyNormals; } ///< NumPolys() entries
@@ -282,6 +283,7 @@ private:
     }
     const GEOM_TexPoly* CurTexPoly(int corner) const;
     bool WantsCreases() const;
+    bool HasAllPolyNormals() const;
     bool ComputePlainTogether();
     void SumCreasedNormals(const VERTEX* polyNormals, std::span<VERTEX> sums);
     void SmoothAcross(const VXEdge& edge); // puts an edge's polygons on the smoothing list

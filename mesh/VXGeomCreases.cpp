@@ -84,6 +84,8 @@ bool HandOver(T*& callers, const T* values, std::size_t count)
 // Crease vertices lie behind the record's vertices, at the places of their originals.
 bool AppendPositions(VERTEX*& verts, std::size_t numVerts, std::span<const std::int32_t> originals)
 {
+    if (!verts)
+        return originals.empty(); // a record without vertices has nothing to copy
     void* const grown = MEM_Reserve(verts, numVerts + originals.size());
     if (!grown)
         return false;
@@ -103,7 +105,7 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
     mesh.firstLink = mEdgeList.FirstLinks();
     mesh.tex = mGeom->tex;
     vx::CreaseRules rules;
-    rules.polyNormals = UseCreaseAngle() ? mPolyNormals : nullptr;
+    rules.polyNormals = UseCreaseAngle() && HasAllPolyNormals() ? mPolyNormals : nullptr;
     rules.angle = mCreaseAngle;
     if (mObeyNormals && mGeom->normalSets && mGeom->normals && mGeom->numNormals >= 2)
     {
@@ -116,7 +118,8 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
     const std::size_t numCorners = MEM_Count(mGeom->sets), numVerts = std::size_t(mGeom->numVerts);
     if (!vx::ClassifyEdges(mesh, rules, creases) || !MEM_SizeArrayForWriting(mCreaseSets, numCorners))
         return false;
-    std::memcpy(mCreaseSets, mGeom->sets, numCorners * sizeof(std::int32_t));
+    if (numCorners > 0)
+        std::memcpy(mCreaseSets, mGeom->sets, numCorners * sizeof(std::int32_t));
     if (!vx::SplitSectors(mesh, {creases.Data(), std::size_t(creases.Count())}, mCreaseSets, originals, split))
         return false;
 
@@ -145,6 +148,8 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
                         HandOver(caller->uvsPerVertex, mUvsPerVertex, count) &&
                         HandOver(caller->origIndices, mOrigCreaseIndex, numCopies) &&
                         (!caller->verts || AppendPositions(caller->verts, numVerts, copies));
+    if (!handed)
+        caller->numCreaseVerts = 0;
     ReleaseCreaseArrays();
     return handed;
 }
@@ -206,7 +211,9 @@ void VXGeom::DumpCreaseData(EDGELIST* edges, double milliseconds)
                  mGeom->numVerts);
     constexpr std::int32_t kShownPoly = 35; // one is enough to compare runs by, and it is this one
     const VERTEX* const verts = mGeom->verts;
-    const auto uvOf = [this](std::int32_t v) { return mUvsPerVertex ? mUvsPerVertex[v] : T_VERTEX{}; };
+    const std::int32_t* const creased = edges && edges->sets ? edges->sets : mCreaseSets;
+    const T_VERTEX* const uvs = edges && edges->uvsPerVertex ? edges->uvsPerVertex : mUvsPerVertex;
+    const auto uvOf = [uvs](std::int32_t v) { return uvs ? uvs[v] : T_VERTEX{}; };
     if (mGeom->numPolys > kShownPoly)
     {
         std::fprintf(file, "Polygon %d:\n\tVerts:", kShownPoly);
@@ -214,7 +221,7 @@ void VXGeom::DumpCreaseData(EDGELIST* edges, double milliseconds)
         for (std::int32_t k = 0; k < element.length; ++k)
         {
             const std::int32_t v = mGeom->sets[element.start + k];
-            const std::int32_t c = mCreaseSets ? mCreaseSets[element.start + k] : v;
+            const std::int32_t c = creased ? creased[element.start + k] : v;
             const T_VERTEX uv = CornerUV(*mGeom, kShownPoly, k), creaseUV = uvOf(c);
             std::fprintf(file, "%d/%d:(%f, %f, %f)/(%f, %f)", v, c, double(verts[v].x), double(verts[v].y),
                          double(verts[v].z), double(uv.u), double(uv.v));

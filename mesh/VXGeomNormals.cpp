@@ -6,6 +6,7 @@
 #include "mesh/kernel/Normals.h"
 
 #include <algorithm>
+#include <chrono>
 
 // --- Polygon and vertex normals
 
@@ -21,6 +22,12 @@ bool VXGeom::ComputeAllNormals()
         return false;
     MakeVertexNormals();
     return mVertNormals != nullptr;
+}
+
+// SetSizeFor gives them as many entries as there are vertices; before they are computed that can be too few.
+bool VXGeom::HasAllPolyNormals() const
+{
+    return mPolyNormals && (mPolyNormals == mLentPolyNormals || MEM_Count(mPolyNormals) >= std::size_t(NumPolys()));
 }
 
 // Creases are not generated while a temporary vertex array stands in: it is the caller's and cannot grow.
@@ -46,12 +53,17 @@ int VXGeom::MakeVertexNormals(EDGELIST* /*unused*/)
     ClearWeldedNormals();
     if (UseExternalNormals())
         return 0;
-    if (WantsCreases())
+    const bool split = WantsCreases();
+    const auto start = std::chrono::steady_clock::now();
+    if (split)
         SplitCreases(nullptr); // when memory runs out there are none, and the mesh can still be drawn
     if (mNumbCreaseVerts > 0)
         ComputeCreasedNormals();
     else
         ComputeNonCreasedNormals();
+    if (split && EdgesClassified())
+        DumpCreaseData(nullptr,
+                       std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
     return 0;
 }
 
@@ -59,7 +71,7 @@ VERTEX* VXGeom::ComputeNonCreasedNormals()
 {
     if (!mGeom || UseExternalNormals())
         return mVertNormals;
-    if (!mPolyNormals)
+    if (!HasAllPolyNormals())
         return nullptr;
     const std::size_t numVerts = std::size_t(mGeom->numVerts);
     if (!MEM_SizeArrayForWriting(mVertNormals, numVerts))
@@ -74,7 +86,7 @@ VERTEX* VXGeom::ComputeNonCreasedNormals()
 VERTEX* VXGeom::ComputeCreasedNormals(VERTEX* normals, VERTEX* polyNormals, bool /*tangents*/)
 {
     ClearWeldedNormals();
-    const VERTEX* const faces = polyNormals ? polyNormals : mPolyNormals;
+    const VERTEX* const faces = polyNormals ? polyNormals : HasAllPolyNormals() ? mPolyNormals : nullptr;
     if (!mGeom || !faces)
         return nullptr;
     if (mNumbCreaseVerts == 0 && !normals && !polyNormals)
