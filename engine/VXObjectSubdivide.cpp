@@ -41,7 +41,7 @@ int VXObject::RebuildSubDiv()
     const int last = mCurSubDivLevel;
     if (!mGeom)
         return kCannotBuild;
-    if (last == 0)
+    if (last <= 0)
         return 0;
 
     if (SubdivGeom(0) && !SameCounts(*SubdivGeom(0), *mGeom))

@@ -6,13 +6,15 @@
 void VXMaterial::ApplyPreset(DrawMode mode)
 {
     const DrawPreset& preset = vx::PresetOf(mode);
+    const bool wire = mode == DrawMode::Wire; // wires of back faces are seen through the mesh, whatever the options say
     if (VXSceneContext::HasScene())
     {
         TakeSceneColors(preset);
-        SetFlagBackCull(!VXSceneContext::BackCullSuppressed());
+        if (!wire)
+            SetFlagBackCull(!VXSceneContext::BackCullSuppressed());
     }
-    if (mode == DrawMode::Wire)
-        SetFlagBackCull(false); // wires of back faces are seen through the mesh, whatever the options say
+    if (wire)
+        SetFlagBackCull(false);
     mFlags.Replace(kStyleBits, preset.bits);
 }
 

@@ -45,8 +45,13 @@ TEST(RebuildSubDiv, NeedsAControlMeshAndBuildsNothingAtLevelZero)
     EXPECT_EQ(object.RebuildSubDiv(), -2);
     const auto cube = GeomOf(Cube());
     object.SetGeom(cube.get(), false);
-    EXPECT_EQ(object.RebuildSubDiv(), 0);
-    EXPECT_EQ(object.SubdivGeom(0), nullptr);
+    for (const int level : {0, -1})
+    {
+        object.SetCurSubDivLevel(level);
+        object.ClearSubdivStructures();
+        EXPECT_EQ(object.RebuildSubDiv(), 0) << level;
+        EXPECT_EQ(object.SubdivGeom(0), nullptr) << level;
+    }
 }
 
 TEST(RebuildSubDiv, MakesEveryLevelUpToTheCurrentOne)
