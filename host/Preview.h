@@ -35,7 +35,7 @@ struct PreviewOptions
     bool edgeLines = false; ///< creases and borders drawn as lines over the surfaces
     bool backFaces = true;  ///< shown, in a colour of their own; off: culled
     int samples = 4;        ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
-    int subdivision = 0;    ///< level of the smooth surface shown in place of the meshes
+    int subdivision = 0;    ///< level at which objects are shown; 0 is the mesh as it is
 };
 
 /// Models from files as pictures: what a small program needs of this library, in one class. Owns scene, engine, models

@@ -14,16 +14,19 @@ step(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${stage}/pr
 step(${CMAKE_COMMAND} -S ${SOURCE}/outside -B ${stage}/build -G Ninja -DCMAKE_PREFIX_PATH=${stage}/prefix
      -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_BUILD_TYPE=${CONFIG} -DSANITIZE=${SANITIZE})
 step(${CMAKE_COMMAND} --build ${stage}/build)
+if(EXISTS ${stage}/build/outside_host)
+    step(${stage}/build/outside_host)
+endif()
 step(${stage}/build/outside)
 if(NOT output MATCHES "12 edges")
     message(FATAL_ERROR "a cube has 12 edges, but the program printed: ${output}")
 endif()
 
-# The same file without CMake. The prefix inside the .pc file is the configured one, so it is overridden here.
+# The same file without CMake.
 find_program(pkgconfig pkg-config)
 if(pkgconfig AND NOT SANITIZE)
     set(ENV{PKG_CONFIG_PATH} ${stage}/prefix/${LIBDIR}/pkgconfig)
-    step(${pkgconfig} --define-variable=prefix=${stage}/prefix --cflags --libs velmarbase)
+    step(${pkgconfig} --cflags --libs velmarbase)
     string(STRIP "${output}" flags)
     separate_arguments(flags UNIX_COMMAND "${flags}")
     step(${CXX} -std=c++20 ${SOURCE}/outside/main.cpp -o ${stage}/plain ${flags} -Wl,-rpath,${stage}/prefix/${LIBDIR})
