@@ -19,6 +19,12 @@ struct VERTEX
     friend constexpr bool operator==(const VERTEX&, const VERTEX&) = default;
 };
 
+/// A local frame: a normal and two axes across it.
+struct BASIS3D
+{
+    VERTEX n, u, w;
+};
+
 /// A texture coordinate: two 32-bit floats.
 struct T_VERTEX
 {

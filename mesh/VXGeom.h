@@ -8,6 +8,7 @@
 #include "base/MAT.h"
 #include "mesh/VXEdgeList.h"
 #include "mesh/VXSortedData.h"
+#include "mesh/VXSubdivScheme.h"
 #include "mesh/VXVertSmoothingList.h"
 
 #include <cstdint>
@@ -25,6 +26,8 @@ struct EDGELIST
     std::int32_t numVerts = 0;           ///< record vertices
     std::int32_t numCreaseVerts = 0;
 };
+
+struct VXSubdivCache;
 
 /// Bits of the wrapper's flag word.
 enum class GeomFlag : std::uint32_t
@@ -170,13 +173,18 @@ public:
     /// of the edges. Unless normals are external, polygon normals become unnormalised Newell normals.
     void ComputeBackfacingToVertex(const VERTEX* viewpoint);
 
+    /// The edge without AppFlagged whose midpoint is nearest to the point, the first of equals; -1 when there is none
+    /// within about a million units.
+    int FindClosestUnflaggedEdge(const VERTEX* point) const;
+
     // --- Normals: VXGeomNormals.cpp
     bool ComputeAllNormals(); ///< polygon and vertex normals (creases included); false when memory ran out
     int MakeVertexNormals(EDGELIST* unused = nullptr); ///< from the polygon normals; 0, or -1 without a record
     VERTEX* ComputeNonCreasedNormals();                ///< the vertex normals; null on failure
     /// Vertex normals with creases. @param normals, polyNormals arrays to use instead of the mesh's own, or null
-    /// @param tangents reserved for tangents beside them: none are computed yet  @return the vertex normals, null on
-    /// failure
+    /// @param tangents compute tangents beside them, on a thread of their own, as VXSwitches::TangentsRequested() asks
+    ///                 for too; neither does while VXEngine::TangentCalculationsEnabled() is off
+    /// @return the vertex normals, null on failure
     VERTEX* ComputeCreasedNormals(VERTEX* normals = nullptr, VERTEX* polyNormals = nullptr, bool tangents = false);
     VERTEX* VertNormals() const { return mVertNormals; } ///< per vertex
     VERTEX* PolyNormals() const { return mPolyNormals; } ///< NumPolys() entries
@@ -226,6 +234,42 @@ public:
     static int GenCreaseMethod() { return smGenCreaseMethod; }
     static void SetGenCreaseMethod(int method) { smGenCreaseMethod = method; }
 
+    // --- Tangents: VXGeomTangents.cpp
+
+    /// Tangents and binormals from positions and texture coordinates, at each vertex those of the last corner that uses
+    /// it: nothing is averaged. Vertices without, and all crease vertices, get (1, 0, 0) and (0, 1, 0).
+    /// @return 0, also without a record or when memory ran out; -1 when the record has no texture coordinates
+    int ComputeTangents();
+    VERTEX* VertTangents() const { return mGeom ? mVertTangents : nullptr; }   ///< per vertex; null until computed
+    VERTEX* VertBinormals() const { return mGeom ? mVertBinormals : nullptr; } ///< per vertex; null until computed
+
+    /// A frame at every record vertex from its normal and its newest edge: u = n x w, w = n x edge. Unit axes where
+    /// a vertex has no edge. @param out NumVerts(false) entries, the caller's
+    void ComputeVertLocalBases(BASIS3D* out, bool recomputeNormals, bool rebuildEdges);
+
+    // Displacements of a vertex between object space and the frame (normal, tangent, binormal) of its snapshot, with a
+    // scale per axis of object space. From tangent space, d stays as it is without a snapshot. To tangent space, the
+    // snapshot must have been taken; a flat frame gives (0, 0, 0).
+    void BasisTransformDeltaFromTangentSpace(int vert, float sx, float sy, float sz, VERTEX& d) const;
+    void BasisTransformDeltaToTangentSpace(int vert, float sx, float sy, float sz, VERTEX& d) const;
+
+    // --- Snapshots of the rest state, for posing: VXGeomSnapshots.cpp
+
+    /// Copies positions, normals, tangents and binormals of the record's vertices to the snapshot. An array that is not
+    /// there leaves zeroed entries.
+    void SavePreMunge();
+    /// Computes normals and tangents, makes every vertex's frame usable (see VXGeomSnapshots.cpp), and copies.
+    void ComputeAndSavePreMunge();
+    VERTEX* PreMungeVerts() const { return mPreMungeVerts.array; } ///< NumVerts(false) entries, as the next three
+    VERTEX* PreMungeNormals() const { return mPreMungeNormals.array; }
+    VERTEX* PreMungeTangents() const { return mPreMungeTangents.array; }
+    VERTEX* PreMungeBinormals() const { return mPreMungeBinormals.array; }
+    // The host's own snapshot, borrowed: SavePreMunge makes arrays of its own again.
+    void SetPreMungeVerts(VERTEX* verts) { mPreMungeVerts.Lend(verts); }
+    void SetPreMungeNormals(VERTEX* normals) { mPreMungeNormals.Lend(normals); }
+    void SetPreMungeTangents(VERTEX* tangents) { mPreMungeTangents.Lend(tangents); }
+    void SetPreMungeBinormals(VERTEX* binormals) { mPreMungeBinormals.Lend(binormals); }
+
     // --- Transforms, bounds, transformed vertices, welding: VXGeomTransforms.cpp
     void Center();
     void Scale(float factor);
@@ -256,6 +300,45 @@ public:
     /// Gives `to` the material pointers of `from`, slot by slot where both have one.
     static void CopyMaterialPointersSynced(const VXGeom* from, VXGeom* to);
 
+    // --- Grouping: VXGeomGroups.cpp
+
+    /// Takes over materials and named groups of a mesh with the same polygons. @return 0; -1, with nothing changed,
+    /// when a mesh is missing or the polygon counts differ
+    int CopyGroupsAndMaterials(const VXGeom* source);
+    /// Puts every polygon into the named groups of the source polygon whose centre is nearest, the first of equals.
+    /// @return 0, or -1 when a mesh is missing or memory ran out
+    int CreateGroupsByProximity(const VXGeom* source);
+
+    /// One corner of a polygon, as seen from the vertex that it shares with other polygons.
+    struct PolyLineVert
+    {
+        std::int32_t poly = -1;
+        std::int32_t vert = -1;              ///< of the record
+        std::uint32_t smoothing = 0;         ///< key that must match: the polygon's smoothing word
+        std::int32_t normals[2] = {0, 0};    ///< corner normals of the record; 0 also means none
+        std::int32_t texVerts[2] = {-1, -1}; ///< texture vertices, -1 for none
+    };
+
+    /// Whether two polygons that meet may share one vertex normal and texture vertex.
+    /// @param split    out: the vertex must be split  @param canShare out: they may be in one group at all
+    /// @param uvSplit  out: split because texture coordinates differ
+    bool CanGroupPolygons(const PolyLineVert& a, const PolyLineVert& b, bool& split, bool& canShare,
+                          bool& uvSplit) const;
+    /// Whether a corner can join those already in a list, across an edge at its vertex.
+    bool WillGroupPolygons(const PolyLineVert& corner, const BArray<PolyLineVert>& group);
+
+    // --- Subdivision: VXGeomSubdivide.cpp (our own scheme), VXGeomOpenSubdiv.cpp (the adapter)
+
+    /// One Catmull-Clark step into `dest`, whose contents are replaced; every polygon of n corners becomes n quads.
+    /// Needs this mesh's edge list. Nothing without a record, or when dest is null or this mesh.
+    void SubdivideCatmullClark(VXGeom* dest);
+    /// The mesh refined uniformly to `level` (1 to 15) into `dest`. The refiner is kept here: when only positions have
+    /// changed since the last call, they alone are interpolated anew and copied, with the same result.
+    /// @param unused ignored
+    /// @return 0, also for a null dest; -1 on failure, with dest as it was
+    int SubdivideOpenSubDiv(VXGeom* dest, int level, E_SubdivScheme scheme, bool forceRebuild, bool unused = false);
+    void ClearSubdiv(); ///< drops the kept refiner and its buffers
+
     // --- Sorted drawing data: VXGeomSort.cpp
 
     /// Sorts what is drawn (not hidden, at least two corners, faces at least three) by kind and material. Afterwards
@@ -281,6 +364,14 @@ private:
             MEM_Free(held);
         held = lent = hosts;
     }
+    /// One array of the snapshot: ours, or the host's.
+    struct Snapshot
+    {
+        VERTEX* array = nullptr;
+        bool lent = false;
+        void Lend(VERTEX* hosts);
+        bool Save(const VERTEX* source, std::size_t count); // false when memory ran out
+    };
     const GEOM_TexPoly* CurTexPoly(int corner) const;
     bool WantsCreases() const;
     bool HasAllPolyNormals() const;
@@ -301,6 +392,9 @@ private:
     VERTEX* mPolyNormals = nullptr;     ///< ours, or the same as mLentPolyNormals
     VERTEX* mLentVertNormals = nullptr; ///< the host's
     VERTEX* mLentPolyNormals = nullptr; ///< the host's
+    VERTEX* mVertTangents = nullptr;
+    VERTEX* mVertBinormals = nullptr;
+    Snapshot mPreMungeVerts, mPreMungeNormals, mPreMungeTangents, mPreMungeBinormals;
     VERTEX* mPolyCenters = nullptr;
     VERTEX* mVertexColors = nullptr; ///< borrowed
     BArray<VERTEX> mRefPoints;
@@ -315,6 +409,7 @@ private:
     std::int32_t mCurCorner = -1; ///< -1: loop not started or ended
     std::int32_t mCurPolyLength = 0;
     bool mGeomShared = false;
+    VXSubdivCache* mSubdivCache = nullptr; ///< owned; null until OpenSubdiv was used
     BArray<int> mSubdivPolyRemapTable;
     BArray<int> mSubdivVertRemapTable;
     VXVertSmoothingList mVertSmoothingList;
