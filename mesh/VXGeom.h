@@ -104,7 +104,8 @@ public:
     VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
     VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
     std::uint32_t PolySmoothingGroup(int i) const; ///< word 0 of the polygon's group bits; 0 out of range
-    // What a subdivision left here: for each polygon (vertex) of this mesh, the one that it came from.
+    // What a subdivision left here: for each polygon of this mesh the one that it came from, -1 for an empty slot; for
+    // each vertex of the mesh that was subdivided the one of this mesh that it became.
     BArray<int>& SubdivPolyRemapTable() { return mSubdivPolyRemapTable; }
     BArray<int>& SubdivVertRemapTable() { return mSubdivVertRemapTable; }
     bool PolyIncludesVertex(int poly, int vert) const; ///< vert: of the record
@@ -330,7 +331,11 @@ public:
     // --- Subdivision: VXGeomSubdivide.cpp (our own scheme), VXGeomOpenSubdiv.cpp (the adapter)
 
     /// One Catmull-Clark step into `dest`, whose contents are replaced; every polygon of n corners becomes n quads.
-    /// Needs this mesh's edge list. Nothing without a record, or when dest is null or this mesh.
+    /// Border vertices never move, and crease vertices stay where they are. Quads are of no group. Lines become quads
+    /// along the line, one for each edge; slots that polygons with fewer edges than corners leave over are empty
+    /// polygons at the end, of parent -1. Needs this mesh's edge list. Nothing without a record, or when dest is null,
+    /// this mesh or a wrapper of the same record. When memory or numbers of 32 bits run out, dest
+    /// is empty.
     void SubdivideCatmullClark(VXGeom* dest);
     /// The mesh refined uniformly to `level` (1 to 15) into `dest`. The refiner is kept here: when only positions have
     /// changed since the last call, they alone are interpolated anew and copied, with the same result.
@@ -377,9 +382,12 @@ private:
     bool HasAllPolyNormals() const;
     bool ComputePlainTogether();
     void SumCreasedNormals(const VERTEX* polyNormals, std::span<VERTEX> sums);
-    void SmoothAcross(const VXEdge& edge); // puts an edge's polygons on the smoothing list
-    bool SplitCreases(EDGELIST* caller);   // classifies and splits, without normals; false when memory ran out
-    bool FillCreaseData(EDGELIST* caller); // the part of it that needs memory
+    void SmoothAcross(const VXEdge& edge);   // puts an edge's polygons on the smoothing list
+    bool FillSubdivided(VXGeom& dest) const; // record and remap tables, nothing derived; false when memory ran out
+    bool TakeMaterials(const GEOM& from);    // a table of materials, into the record; false when memory ran out
+    bool FinishSubdivided();                 // after the record was filled by a scheme: false when memory ran out
+    bool SplitCreases(EDGELIST* caller);     // classifies and splits, without normals; false when memory ran out
+    bool FillCreaseData(EDGELIST* caller);   // the part of it that needs memory
     void DropCreaseData();
     void ReleaseCreaseArrays();
 
