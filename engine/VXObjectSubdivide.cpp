@@ -3,6 +3,7 @@
 #include "engine/VXObjectDelegate.h"
 #include "engine/VXScene.h"
 #include "engine/VXSceneDelegate.h"
+#include "engine/VXSwitches.h"
 #include "mesh/VXGeom.h"
 
 #include <cstring>
@@ -11,6 +12,7 @@ namespace
 {
 constexpr int kCannotBuild = -2; // no control mesh, or a level that could not be made
 constexpr int kNotSubdivided = -1;
+constexpr int kMostLevels = 15; // a level has four times the polygons of the one before
 
 bool CreasesAllowed()
 {
@@ -43,6 +45,8 @@ int VXObject::RebuildSubDiv()
         return kCannotBuild;
     if (last <= 0)
         return 0;
+    if (last > kMostLevels)
+        return kNotSubdivided;
 
     if (SubdivGeom(0) && !SameCounts(*SubdivGeom(0), *mGeom))
         ClearSubdivStructures(); // the control mesh has another topology: nothing that was made of the old one fits
@@ -71,10 +75,20 @@ int VXObject::RebuildSubDiv()
 }
 
 // Subdivides `source` into `destination`: 0, -1 when the destination is as it was, or another failure, after which the
-// destination is of no use. The library has no subdivision scheme yet, neither its own nor an adapter, so this is where
-// one is to be called, by VXSwitches::OpenSubdivOn(). Until then the levels are copies of the control mesh, and every
-// object above level 0 reports the failure.
-int VXObject::RunScheme(VXGeom* /*source*/, VXGeom* /*destination*/) { return kNotSubdivided; }
+// destination is of no use.
+int VXObject::RunScheme(VXGeom* source, VXGeom* destination)
+{
+#ifdef VELMAR_WITH_OPENSUBDIV
+    if (VXSwitches::OpenSubdivOn())
+        return source->SubdivideOpenSubDiv(destination, 1, kSubdivSchemeOther, false);
+#endif
+    source->SubdivideCatmullClark(destination);
+    // Every vertex of the source goes on as one of the destination, whose edges the next level needs, unless memory ran
+    // out.
+    const int numVerts = destination->NumVerts(false);
+    const bool made = numVerts >= source->NumVerts(true) && destination->EdgeList().GetVertexLinkCount() == numVerts;
+    return made ? 0 : kCannotBuild;
+}
 
 // Makes sure that a level has a mesh: a copy of `source` when it had none. False when memory ran out.
 bool VXObject::MakeLevel(int level, const VXGeom* source)
