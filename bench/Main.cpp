@@ -21,7 +21,8 @@ struct RatioRow
 // Names are those of the benchmarks themselves; a row whose benchmarks did not run is left out.
 const std::vector<RatioRow> kRatios = {
     {"OBJ text to record / tinyobjloader", {"ObjRead/velmar"}, {"ObjRead/tinyobjloader"}, 4.5},
-    {"weld of exact copies / exact-hash remap", {"Weld/velmar"}, {"Weld/exact-hash"}, 1 / 2.5},
+    {"weld / nanoflann radius search", {"Weld/velmar"}, {"Weld/nanoflann"}, 2},
+    {"weld of exact copies / meshoptimizer remap", {"Weld/velmar"}, {"Weld/meshoptimizer"}, 1 / 2.5},
     {"edge list / OpenMesh half-edges", {"Edges/velmar"}, {"Edges/openmesh"}, 1.6},
     {"edge list / OpenMesh, random order", {"Edges/velmar-shuffled"}, {"Edges/openmesh-shuffled"}, 1.6},
     {"normals / OpenMesh update_normals", {"Normals/velmar"}, {"Normals/openmesh"}, 4},

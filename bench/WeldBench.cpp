@@ -1,13 +1,16 @@
-// Welding beside a plain hash table of exact positions, which is the least that merging copies can cost, on a mesh
-// whose polygons all have corners of their own; and on vertices of which none merge.
+// Welding beside a radius search in nanoflann's tree, and beside meshoptimizer's table of exact positions, which is the
+// least that merging copies can cost, on a mesh whose polygons all have corners of their own; and on vertices of which
+// none merge.
 
-#include "base/GEOM.h"
-#include "tests/support/Meshes.h"
+#include "bench/BenchMeshes.h"
 
 #include <benchmark/benchmark.h>
+#include <meshoptimizer.h>
+#include <nanoflann.hpp>
 
-#include <bit>
-#include <cstring>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -40,53 +43,72 @@ void WeldOurs(benchmark::State& state, const std::vector<VERTEX>& points, std::i
     std::vector<std::int32_t> remap(points.size());
     for (auto _ : state)
     {
-        state.PauseTiming();
-        GeomPtr g = Points(points);
-        state.ResumeTiming();
-        if (GEOM_Weld(g.get(), remap.data()) != 0 || g->numVerts != expected)
+        const GeomPtr g = Points(points);
+        int status = -1;
+        state.SetIterationTime(SecondsOf([&] { status = GEOM_Weld(g.get(), remap.data()); }));
+        if (status != 0 || g->numVerts != expected)
             state.SkipWithError("another number of vertices");
-        state.PauseTiming();
-        g.reset();
-        state.ResumeTiming();
     }
     state.SetItemsProcessed(std::int64_t(points.size()) * std::int64_t(state.iterations()));
 }
 
-std::int32_t ExactRemap(const std::vector<VERTEX>& points, std::vector<std::int32_t>& remap,
-                        std::vector<VERTEX>& survivors)
+/// Positions as nanoflann reads them.
+struct PointCloud
 {
-    const std::size_t slots = std::bit_ceil(points.size() * 5 / 4);
-    std::vector<std::int32_t> table(slots, -1);
-    survivors.clear();
+    const std::vector<VERTEX>& points;
+    std::size_t kdtree_get_point_count() const { return points.size(); }
+    float kdtree_get_pt(std::size_t i, std::size_t axis) const { return (&points[i].x)[axis]; }
+    template <class Box>
+    bool kdtree_get_bbox(Box&) const
+    {
+        return false;
+    }
+};
+using KdTree =
+    nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<float, PointCloud>, PointCloud, 3, std::int32_t>;
+
+// A tree over all vertices, and one search for each that has not been merged yet: what it finds goes to it.
+std::int32_t RadiusRemap(const std::vector<VERTEX>& points, std::vector<std::int32_t>& remap)
+{
+    const PointCloud cloud{points};
+    const KdTree tree(3, cloud, nanoflann::KDTreeSingleIndexAdaptorParams(16));
+    nanoflann::SearchParams unsorted;
+    unsorted.sorted = false;
+    std::vector<std::pair<std::int32_t, float>> found;
+    const float tolerance = GEOM_WeldTolerance();
+    std::fill(remap.begin(), remap.end(), -1);
+    std::int32_t survivors = 0;
     for (std::size_t i = 0; i < points.size(); ++i)
     {
-        std::uint32_t bits[3];
-        std::memcpy(bits, &points[i], sizeof bits);
-        std::uint64_t hash =
-            bits[0] * 0x9E3779B97F4A7C15u ^ bits[1] * 0xC2B2AE3D27D4EB4Fu ^ bits[2] * 0x165667B19E3779F9u;
-        hash ^= hash >> 32;
-        std::size_t slot = hash & (slots - 1);
-        while (table[slot] >= 0 && !(survivors[std::size_t(table[slot])] == points[i]))
-            slot = (slot + 1) & (slots - 1);
-        if (table[slot] < 0)
-        {
-            table[slot] = std::int32_t(survivors.size());
-            survivors.push_back(points[i]);
-        }
-        remap[i] = table[slot];
+        if (remap[i] >= 0)
+            continue;
+        tree.radiusSearch(&points[i].x, tolerance * tolerance, found, unsorted);
+        for (const auto& [at, distance] : found)
+            if (remap[std::size_t(at)] < 0)
+                remap[std::size_t(at)] = survivors;
+        ++survivors;
     }
-    return std::int32_t(survivors.size());
+    return survivors;
 }
 
-void WeldExactly(benchmark::State& state)
+unsigned ExactRemap(const std::vector<VERTEX>& points, std::vector<std::int32_t>& remap)
+{
+    return unsigned(meshopt_generateVertexRemap(reinterpret_cast<unsigned*>(remap.data()), nullptr, points.size(),
+                                                points.data(), points.size(), sizeof(VERTEX)));
+}
+
+template <class Remap>
+void WeldTheirs(benchmark::State& state, Remap remapOf)
 {
     const std::vector<VERTEX>& points = CornersOfTorus(1000, 1000);
     std::vector<std::int32_t> remap(points.size());
-    std::vector<VERTEX> survivors;
-    survivors.reserve(points.size());
     for (auto _ : state)
-        if (ExactRemap(points, remap, survivors) != 1000000)
+    {
+        std::int64_t survivors = 0;
+        state.SetIterationTime(SecondsOf([&] { survivors = std::int64_t(remapOf(points, remap)); }));
+        if (survivors != 1000000)
             state.SkipWithError("another number of vertices");
+    }
     state.SetItemsProcessed(std::int64_t(points.size()) * std::int64_t(state.iterations()));
 }
 
@@ -98,9 +120,20 @@ void WeldDistinct(benchmark::State& state)
     WeldOurs(state, points, 1000000);
 }
 
-BENCHMARK_CAPTURE(WeldCopies, velmar, 1000, 1000)->Name("Weld/velmar")->Unit(benchmark::kMillisecond);
-BENCHMARK(WeldExactly)->Name("Weld/exact-hash")->Unit(benchmark::kMillisecond);
-BENCHMARK(WeldDistinct)->Name("Weld/velmar-distinct")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WeldCopies, n, 500, 1000)->Name("Weld/linear/n")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WeldCopies, twice, 1000, 1000)->Name("Weld/linear/2n")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(WeldCopies, velmar, 1000, 1000)->Name("Weld/velmar")->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK_CAPTURE(WeldTheirs, nanoflann, RadiusRemap)
+    ->Name("Weld/nanoflann")
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK_CAPTURE(WeldTheirs, meshoptimizer, ExactRemap)
+    ->Name("Weld/meshoptimizer")
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
+BENCHMARK(WeldDistinct)->Name("Weld/velmar-distinct")->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK_CAPTURE(WeldCopies, n, 500, 1000)->Name("Weld/linear/n")->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK_CAPTURE(WeldCopies, twice, 1000, 1000)
+    ->Name("Weld/linear/2n")
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
 } // namespace
