@@ -28,6 +28,8 @@ const std::vector<RatioRow> kRatios = {
     {"normals / OpenMesh update_normals", {"Normals/velmar"}, {"Normals/openmesh"}, 4},
     {"normals / bare loop", {"Normals/velmar"}, {"Normals/bare-loop"}, 1 / 1.5},
     {"creases and normals / assimp", {"Creases/velmar"}, {"Creases/assimp"}, 12},
+    {"tangents / assimp", {"Tangents/velmar"}, {"Tangents/assimp"}, 5},
+    {"creased normals with tangents beside / without", {"CreasedPass/with-tangents"}, {"CreasedPass/alone"}, 1 / 1.25},
     {"read, wrap, edges, creases, normals / tinyobjloader + OpenMesh",
      {"Whole/velmar"},
      {"ObjRead/tinyobjloader", "Edges/openmesh", "Normals/openmesh"},

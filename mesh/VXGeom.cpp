@@ -20,6 +20,7 @@ VXGeom::~VXGeom()
     Lend<VERTEX>(mVertNormals, mLentVertNormals, nullptr);
     Lend<VERTEX>(mPolyNormals, mLentPolyNormals, nullptr);
     MEM_Release(mTransformedVerts);
+    DropSnapshot();
     PutVertsBack();
     if (!mGeomShared)
         GEOM_Free(mGeom);
@@ -42,6 +43,7 @@ int VXGeom::SetGeom(GEOM* geom, bool copy)
         MEM_Release(mPolyNormals);
     }
     MEM_Release(mTransformedVerts);
+    DropSnapshot(); // of another rest state
     PutVertsBack();
     if (!mGeomShared)
         GEOM_Free(mGeom);
@@ -137,7 +139,14 @@ void VXGeom::DropDerived()
     ClearSortedData();
     ClearWeldedNormals();
     ClearPolyCenters();
+    DropTangents();
     mVertSmoothingList.Clear();
+}
+
+void VXGeom::DropSnapshot()
+{
+    for (Snapshot* const part : {&mPreMungeVerts, &mPreMungeNormals, &mPreMungeTangents, &mPreMungeBinormals})
+        part->Drop();
 }
 
 void VXGeom::DropEdges()
@@ -172,7 +181,10 @@ std::size_t VXGeom::MemoryUsed() const
 {
     std::size_t bytes =
         sizeof *this + GEOM_MemoryUsed(mGeom) + mEdgeList.MemoryUsed() + mVertSmoothingList.MemoryUsed();
-    bytes += HandleBytes(mTransformedVerts) + HandleBytes(mPolyCenters) + HandleBytes(mWeldedNormals);
+    bytes += HandleBytes(mTransformedVerts) + HandleBytes(mPolyCenters) + HandleBytes(mWeldedNormals) +
+             HandleBytes(mVertTangents) + HandleBytes(mVertBinormals);
+    for (const Snapshot* const part : {&mPreMungeVerts, &mPreMungeNormals, &mPreMungeTangents, &mPreMungeBinormals})
+        bytes += part->lent ? 0 : HandleBytes(part->array);
     if (mVertNormals != mLentVertNormals)
         bytes += HandleBytes(mVertNormals);
     if (mPolyNormals != mLentPolyNormals)

@@ -241,8 +241,10 @@ public:
     /// it: nothing is averaged. Vertices without, and all crease vertices, get (1, 0, 0) and (0, 1, 0).
     /// @return 0, also without a record or when memory ran out; -1 when the record has no texture coordinates
     int ComputeTangents();
-    VERTEX* VertTangents() const { return mGeom ? mVertTangents : nullptr; }   ///< per vertex; null until computed
-    VERTEX* VertBinormals() const { return mGeom ? mVertBinormals : nullptr; } ///< per vertex; null until computed
+    // As many entries as there were vertices and crease vertices when they were computed; null until then, and again
+    // when the lists are rebuilt.
+    VERTEX* VertTangents() const { return mGeom ? mVertTangents : nullptr; }
+    VERTEX* VertBinormals() const { return mGeom ? mVertBinormals : nullptr; }
 
     /// A frame at every record vertex from its normal and its newest edge: u = n x w, w = n x edge. Unit axes where
     /// a vertex has no edge. @param out NumVerts(false) entries, the caller's
@@ -375,9 +377,13 @@ private:
         VERTEX* array = nullptr;
         bool lent = false;
         void Lend(VERTEX* hosts);
-        bool Save(const VERTEX* source, std::size_t count); // false when memory ran out
+        void Drop();                                                                 // the host's stays
+        bool Save(const VERTEX* source, std::size_t sourceCount, std::size_t count); // false when memory ran out
     };
     const GEOM_TexPoly* CurTexPoly(int corner) const;
+    void DropTangents();
+    void DropSnapshot();
+    void RepairFrames();
     bool WantsCreases() const;
     bool HasAllPolyNormals() const;
     bool ComputePlainTogether();

@@ -54,3 +54,25 @@ void VXGeom::ComputeBackfacingToVertex(const VERTEX* viewpoint)
         vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
                            *viewpoint);
 }
+
+int VXGeom::FindClosestUnflaggedEdge(const VERTEX* point) const
+{
+    if (!mGeom || !mGeom->verts || !point)
+        return -1;
+    int best = -1;
+    float nearest = 1111111106560.0f;
+    for (std::int32_t e = 0; e < mEdgeList.GetEdgeCount(); ++e)
+    {
+        const VXEdge& edge = mEdgeList.GetEdge(e);
+        if (edge.IsAppFlagged())
+            continue;
+        const VERTEX middle = 0.5f * (mGeom->verts[edge.VertIndex1()] + mGeom->verts[edge.VertIndex2()]);
+        const float squared = Dot(middle - *point, middle - *point);
+        if (squared < nearest)
+        {
+            nearest = squared;
+            best = e;
+        }
+    }
+    return best;
+}

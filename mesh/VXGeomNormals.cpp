@@ -1,7 +1,10 @@
 #include "mesh/VXGeom.h"
 
 #include "base/BBitArray.h"
+#include "engine/VXEngine.h"
 #include "engine/VXSceneContext.h"
+#include "engine/VXSwitches.h"
+#include "mesh/detail/TangentsBeside.h"
 #include "mesh/kernel/Creases.h"
 #include "mesh/kernel/Normals.h"
 
@@ -83,12 +86,14 @@ VERTEX* VXGeom::ComputeNonCreasedNormals()
     return mVertNormals;
 }
 
-VERTEX* VXGeom::ComputeCreasedNormals(VERTEX* normals, VERTEX* polyNormals, bool /*tangents*/)
+VERTEX* VXGeom::ComputeCreasedNormals(VERTEX* normals, VERTEX* polyNormals, bool tangents)
 {
     ClearWeldedNormals();
     const VERTEX* const faces = polyNormals ? polyNormals : HasAllPolyNormals() ? mPolyNormals : nullptr;
     if (!mGeom || !faces)
         return nullptr;
+    const vx::TangentsBeside beside(this, (tangents || VXSwitches::TangentsRequested()) &&
+                                              VXEngine::TangentCalculationsEnabled());
     if (mNumbCreaseVerts == 0 && !normals && !polyNormals)
         return ComputeNonCreasedNormals();
 
