@@ -21,6 +21,9 @@ configure_package_config_file(cmake/VelmarBaseConfig.cmake.in ${PROJECT_BINARY_D
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VelmarBaseConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VelmarBaseConfig.cmake ${PROJECT_BINARY_DIR}/VelmarBaseConfigVersion.cmake
         DESTINATION ${package_dir})
+if(VELMAR_OPENSUBDIV AND NOT BUILD_SHARED_LIBS)
+    install(FILES cmake/FindOpenSubdiv.cmake DESTINATION ${package_dir})
+endif()
 
 # For builds without CMake: one .pc file, its library flags naming what was built.
 set(pc_libs "-lVelmarBase -lFenwickBase")
@@ -32,6 +35,9 @@ if(NOT BUILD_SHARED_LIBS)
     set(pc_private "Requires.private: zlib pugixml")
     if(TARGET VelmarHost)
         string(APPEND pc_private " opengl egl glew libpng tinyobjloader")
+    endif()
+    if(VELMAR_OPENSUBDIV)
+        string(APPEND pc_private "\nLibs.private: -losdCPU") # comes without a .pc file
     endif()
 endif()
 # Relative to the file itself, so that an installed tree may be moved or get its prefix at install time.

@@ -90,6 +90,18 @@ float VXSceneContext::GeometricEdgeDistance()
     return delegate ? delegate->SceneGeometricEdgeDistance() : 1.0f;
 }
 
+bool VXSceneContext::AllowCreaseVertsForSubdiv()
+{
+    VXSceneDelegate* const delegate = Delegate();
+    return delegate && delegate->AllowCreaseVertsForSubdiv();
+}
+
+void VXSceneContext::SubdivisionWillRebuild(bool rebuild, int controlVerts, E_SubdivScheme scheme)
+{
+    if (VXSceneDelegate* const delegate = Delegate())
+        delegate->SubdivisionWillRebuild(rebuild, controlVerts, scheme);
+}
+
 void VXSceneContext::MarkShadowsForRedraw()
 {
     if (VXScene* const scene = VXScene::CurrentScene())

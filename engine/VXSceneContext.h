@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VelmarExport.h"
+#include "mesh/VXSubdivScheme.h"
 
 #include <cstdint>
 
@@ -31,6 +32,8 @@ VELMAR_EXPORT BString VertexShaderSource(VXMaterial* material, std::int64_t laye
 VELMAR_EXPORT BString FragmentShaderSource(VXMaterial* material, std::int64_t layer);
 VELMAR_EXPORT void ComputeShaderHash(VXMaterial* material, bool flag); ///< by the delegate
 VELMAR_EXPORT float GeometricEdgeDistance();                           ///< the delegate's; 1 without one
+VELMAR_EXPORT bool AllowCreaseVertsForSubdiv();                        ///< the delegate's; false without one
+VELMAR_EXPORT void SubdivisionWillRebuild(bool rebuild, int controlVerts, E_SubdivScheme scheme); ///< to the delegate
 VELMAR_EXPORT void MarkShadowsForRedraw();
 VELMAR_EXPORT void RemoveMaterial(VXMaterial* material); ///< from the scene's list
 } // namespace VXSceneContext

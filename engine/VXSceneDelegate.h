@@ -44,6 +44,7 @@ public:
     virtual void ComputeShaderHash(VXMaterial* material, bool flag); ///< store each layer's hash: SetTreeHash
     virtual bool AllowCreaseVertsForSubdiv();                        ///< subdivided meshes get creases of their own
 
-    /// Before a mesh is subdivided. @param rebuild the topology is refined anew; false: positions alone
+    /// Before OpenSubdiv refines a mesh's topology anew; a new pose of a refined mesh is not told.
+    /// @param rebuild always true
     virtual void SubdivisionWillRebuild(bool rebuild, int controlVerts, E_SubdivScheme scheme);
 };

@@ -141,6 +141,7 @@ void VXGeom::DropDerived()
     ClearPolyCenters();
     DropTangents();
     mVertSmoothingList.Clear();
+    ClearSubdiv();
 }
 
 void VXGeom::DropSnapshot()
@@ -196,6 +197,7 @@ std::size_t VXGeom::MemoryUsed() const
     for (const VXSortedBucket& bucket : mSorted)
         bytes += HandleBytes(bucket.polys) + HandleBytes(bucket.corners) + HandleBytes(bucket.edgeFlags) +
                  HandleBytes(bucket.runs);
+    bytes += SubdivMemoryUsed();
     bytes += std::size_t(mRefPoints.Capacity()) * sizeof(VERTEX);
     bytes += std::size_t(mSubdivPolyRemapTable.Capacity() + mSubdivVertRemapTable.Capacity()) * sizeof(int);
     return bytes;

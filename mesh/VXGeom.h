@@ -28,6 +28,10 @@ struct EDGELIST
 };
 
 struct VXSubdivCache;
+namespace vx
+{
+class Refiner;
+}
 
 /// Bits of the wrapper's flag word.
 enum class GeomFlag : std::uint32_t
@@ -339,12 +343,18 @@ public:
     /// this mesh or a wrapper of the same record. When memory or numbers of 32 bits run out, dest
     /// is empty.
     void SubdivideCatmullClark(VXGeom* dest);
-    /// The mesh refined uniformly to `level` (1 to 15) into `dest`. The refiner is kept here: when only positions have
-    /// changed since the last call, they alone are interpolated anew and copied, with the same result.
+    /// The mesh refined uniformly to `level` (1 to 15) into `dest`, whose contents are replaced: positions and texture
+    /// coordinates, with materials, groups, types and flags of the parents, and derived data as in any other mesh.
+    ///
+    /// The refiner is kept here. A later call with the same level, vertex count and polygon count takes it that only
+    /// positions have changed: they alone are interpolated anew and copied, with the same result, and normals are left
+    /// to the caller. After any other change of the polygons or of texture coordinates ask for a rebuild.
     /// @param unused ignored
-    /// @return 0, also for a null dest; -1 on failure, with dest as it was
+    /// @return 0, also for a null dest. -1, with dest as it was: a polygon that is no face or has fewer than three
+    /// corners, an index out of range, a level out of range, dest being this mesh, more than memory or 32 bits hold,
+    /// or what OpenSubdiv refuses (more than 65,535 corners, or 32,767 faces at a vertex); and always without it
     int SubdivideOpenSubDiv(VXGeom* dest, int level, E_SubdivScheme scheme, bool forceRebuild, bool unused = false);
-    void ClearSubdiv(); ///< drops the kept refiner and its buffers
+    void ClearSubdiv(); ///< drops the kept refiner and its buffers; so does whatever replaces the record
 
     // --- Sorted drawing data: VXGeomSort.cpp
 
@@ -361,6 +371,14 @@ public:
 private:
     void DropDerived(); // what no rebuild of edges and normals replaces by itself
     void DropEdges();
+    bool MakeRefiner(); // OpenSubdiv, in the order of its steps
+    bool HasRefinedSizes(const vx::Refiner& refiner) const;
+    void TakeRefinedPositions(const VXSubdivCache& cache);
+    bool BuildRefined(VXGeom& dest);
+    bool FillUVs();
+    bool DeriveRefined();
+    void TakeRefined(VXGeom& fresh);
+    std::size_t SubdivMemoryUsed() const;
     bool FillSortedData(); // false when memory ran out
     void PutVertsBack();   // ends the stand-in of a temporary vertex array
     /// The host's array takes the place of what was held; that is freed when it is ours.

@@ -1,0 +1,514 @@
+#include "engine/VXScene.h"
+#include "engine/VXSceneDelegate.h"
+#include "engine/VXSwitches.h"
+#include "mesh/VXGeom.h"
+#include "tests/support/Meshes.h"
+
+#include <gtest/gtest.h>
+#include <opensubdiv/far/primvarRefiner.h>
+#include <opensubdiv/far/topologyDescriptor.h>
+#include <opensubdiv/far/topologyRefinerFactory.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+namespace Far = OpenSubdiv::Far;
+using Sdc = OpenSubdiv::Sdc::Options;
+
+template <int N>
+struct Floats
+{
+    float f[N];
+    void Clear() { std::fill(f, f + N, 0.0f); }
+    void AddWithWeight(const Floats& from, float weight)
+    {
+        for (int i = 0; i < N; ++i)
+            f[i] += from.f[i] * weight;
+    }
+};
+
+/// The same refinement by the plainest use of OpenSubdiv's own classes.
+struct Direct
+{
+    std::vector<Floats<3>> points;
+    std::vector<Floats<2>> uvs;
+    std::vector<int> corners, uvCorners, parents, children;
+
+    Direct(const GEOM& control, int level)
+    {
+        std::vector<int> lengths, verts, values;
+        for (int p = 0; p < control.numPolys; ++p)
+        {
+            const ELEMENT& poly = *control.Poly(p);
+            lengths.push_back(poly.length);
+            verts.insert(verts.end(), control.sets + poly.start, control.sets + poly.start + poly.length);
+            if (control.tex)
+            {
+                const std::int32_t* const ring = control.tex->sets + control.tex->polys[p].start;
+                values.insert(values.end(), ring, ring + poly.length);
+            }
+        }
+        Far::TopologyDescriptor descriptor;
+        descriptor.numVertices = control.numVerts;
+        descriptor.numFaces = control.numPolys;
+        descriptor.numVertsPerFace = lengths.data();
+        descriptor.vertIndicesPerFace = verts.data();
+        Far::TopologyDescriptor::FVarChannel channel;
+        channel.numValues = int(verts.size());
+        channel.valueIndices = values.data();
+        descriptor.numFVarChannels = control.tex ? 1 : 0;
+        descriptor.fvarChannels = &channel;
+        Sdc rules;
+        rules.SetVtxBoundaryInterpolation(Sdc::VTX_BOUNDARY_EDGE_AND_CORNER);
+        rules.SetFVarLinearInterpolation(Sdc::FVAR_LINEAR_NONE);
+        using Factory = Far::TopologyRefinerFactory<Far::TopologyDescriptor>;
+        const std::unique_ptr<Far::TopologyRefiner> refiner(
+            Factory::Create(descriptor, Factory::Options(OpenSubdiv::Sdc::SCHEME_CATMARK, rules)));
+        Far::TopologyRefiner::UniformOptions options(level);
+        options.fullTopologyInLastLevel = true;
+        refiner->RefineUniform(options);
+
+        const Far::PrimvarRefiner primvars(*refiner);
+        for (int v = 0; v < control.numVerts; ++v)
+            points.push_back({{control.verts[v].x, control.verts[v].y, control.verts[v].z}});
+        for (int v = 0; control.tex && v < channel.numValues; ++v)
+            uvs.push_back(v < control.tex->numVerts ? Floats<2>{{control.tex->verts[v].u, control.tex->verts[v].v}}
+                                                    : Floats<2>{{0, 0}});
+        for (int i = 1; i <= level; ++i)
+        {
+            std::vector<Floats<3>> finer(std::size_t(refiner->GetLevel(i).GetNumVertices()));
+            primvars.Interpolate(i, points, finer);
+            points.swap(finer);
+            if (!control.tex)
+                continue;
+            std::vector<Floats<2>> finerUVs(std::size_t(refiner->GetLevel(i).GetNumFVarValues()));
+            primvars.InterpolateFaceVarying(i, uvs, finerUVs);
+            uvs.swap(finerUVs);
+        }
+        const Far::TopologyLevel& last = refiner->GetLevel(level);
+        for (int f = 0; f < last.GetNumFaces(); ++f)
+        {
+            for (const int v : last.GetFaceVertices(f))
+                corners.push_back(v);
+            if (control.tex)
+                for (const int v : last.GetFaceFVarValues(f))
+                    uvCorners.push_back(v);
+            int parent = f;
+            for (int i = level; i > 0; --i)
+                parent = refiner->GetLevel(i).GetFaceParentFace(parent);
+            parents.push_back(parent);
+        }
+        for (int v = 0; v < control.numVerts; ++v)
+        {
+            children.push_back(v);
+            for (int i = 0; i < level; ++i)
+                children.back() = refiner->GetLevel(i).GetVertexChildVertex(children.back());
+        }
+    }
+};
+
+template <class A, class B>
+void ExpectSame(const A* ours, const std::vector<B>& theirs, const char* what)
+{
+    static_assert(sizeof(A) == sizeof(B));
+    ASSERT_TRUE(theirs.empty() || ours) << what;
+    for (std::size_t i = 0; i < theirs.size(); ++i)
+        ASSERT_EQ(std::memcmp(ours + i, &theirs[i], sizeof(A)), 0) << what << ' ' << i;
+}
+
+/// Everything about a mesh that a failure must leave alone.
+std::string Bytes(const VXGeom& mesh)
+{
+    std::string bytes;
+    const auto add = [&bytes](const void* data, std::size_t size)
+    { bytes.append(static_cast<const char*>(data), data ? size : 0); };
+    const GEOM* const geom = const_cast<VXGeom&>(mesh).Geom();
+    if (!geom)
+        return bytes;
+    add(geom->verts, std::size_t(mesh.NumVerts(true)) * sizeof(VERTEX));
+    add(geom->sets, std::size_t(geom->NumCorners()) * 4);
+    add(geom->polys, std::size_t(geom->numPolys * geom->PolyStride()));
+    add(mesh.VertNormals(), MEM_TotalSize(mesh.VertNormals()));
+    add(mesh.PolyNormals(), MEM_TotalSize(mesh.PolyNormals()));
+    add(mesh.CreaseSets(), MEM_TotalSize(mesh.CreaseSets()));
+    const std::int32_t counts[] = {mesh.EdgeList().GetEdgeCount(), mesh.NumbCreaseVerts(), std::int32_t(mesh.Flags()),
+                                   geom->NumMaterials()};
+    add(counts, sizeof counts);
+    return bytes;
+}
+
+TestMesh Ngon(int n)
+{
+    TestMesh mesh{std::to_string(n) + "-gon", {}, {{}}};
+    for (int i = 0; i < n; ++i)
+    {
+        mesh.verts.push_back(
+            {std::cos(6.2831853f * float(i) / float(n)), std::sin(6.2831853f * float(i) / float(n)), 0});
+        mesh.faces[0].push_back(i);
+    }
+    return mesh;
+}
+
+TestMesh CubeAndAPoint()
+{
+    TestMesh mesh = Cube();
+    mesh.name = "cube and an isolated vertex";
+    mesh.verts.push_back({0.5f, 0.25f, 0.125f});
+    return mesh;
+}
+
+std::vector<TestMesh> AllMeshes()
+{
+    const std::vector<VERTEX> five = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {2, 1, 1}, {2, 0, 1}};
+    return {Cube(),
+            OpenBox(),
+            Fan(5),
+            ConcaveL(),
+            BentQuad(),
+            Grid(3, 2),
+            Torus(6, 5),
+            Torus(5, 4, false),
+            Ngon(1000),
+            // what modellers should not make, and do
+            MoebiusStrip(7),
+            TwoCubesSharingAnEdge(),
+            Sliver(),
+            CubeAndAPoint(),
+            {"bow tie", five, {{0, 1, 2}, {2, 4, 5}}},
+            {"opposite winding", five, {{0, 1, 2, 3}, {1, 2, 4, 5}}},
+            {"the same face three times", five, {{0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3}}},
+            {"back to back", five, {{0, 1, 2, 3}, {3, 2, 1, 0}}},
+            {"repeated corner", five, {{0, 1, 1, 2}, {0, 2, 3}, {3, 3, 3}}},
+            {"a vertex twice", five, {{0, 1, 2, 0, 4, 5}, {2, 4, 1, 2, 4}}},
+            {"an edge twice", five, {{0, 1, 0, 1}, {1, 0, 1, 2}}}};
+}
+} // namespace
+
+TEST(OpenSubdiv, EqualsADirectUseOfItsClasses)
+{
+    for (const TestMesh& mesh : AllMeshes())
+        for (int level = 1; level <= 3; ++level)
+        {
+            SCOPED_TRACE(mesh.name + ", level " + std::to_string(level));
+            const GeomPtr record = mesh.Record();
+            VXGeom control(record.get()), dest;
+            ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, level, kSubdivSchemeOther, false), 0);
+            const Direct direct(*record, level);
+            ASSERT_EQ(dest.NumVerts(false), int(direct.points.size()));
+            ASSERT_EQ(dest.NumPolys(), int(direct.parents.size()));
+            ASSERT_EQ(dest.SubdivVertRemapTable().Count(), std::int64_t(direct.children.size()));
+            ExpectSame(dest.Verts(), direct.points, "point");
+            ExpectSame(dest.Sets(false), direct.corners, "corner");
+            ExpectSame(dest.SubdivPolyRemapTable().Data(), direct.parents, "parent of face");
+            ExpectSame(dest.SubdivVertRemapTable().Data(), direct.children, "child of vertex");
+            ASSERT_EQ(dest.Geom()->tex != nullptr, record->tex != nullptr);
+            if (!record->tex)
+                continue;
+            ASSERT_EQ(dest.Geom()->tex->numVerts, int(direct.uvs.size()));
+            ExpectSame(dest.Geom()->tex->verts, direct.uvs, "UV");
+            ExpectSame(dest.Geom()->tex->sets, direct.uvCorners, "UV corner");
+        }
+}
+
+TEST(OpenSubdiv, StaysWithinTheBoxOfTheControlMesh)
+{
+    for (const TestMesh& mesh : AllMeshes())
+    {
+        SCOPED_TRACE(mesh.name);
+        VXGeom control(mesh.Record().get()), dest;
+        ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 3, kSubdivSchemeDefault, false), 0);
+        float outer[9], inner[9];
+        GEOM_Stats(control.Geom(), outer);
+        GEOM_Stats(dest.Geom(), inner);
+        const float rounding = 1e-6f * Length({outer[3] - outer[0], outer[4] - outer[1], outer[5] - outer[2]});
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_GE(inner[i], outer[i] - rounding);
+            EXPECT_LE(inner[i + 3], outer[i + 3] + rounding);
+        }
+    }
+}
+
+TEST(OpenSubdiv, APoseEqualsAFreshRebuildBitForBit)
+{
+    for (const TestMesh& mesh : AllMeshes())
+        for (const float odd : {0.375f, std::numeric_limits<float>::quiet_NaN()})
+        {
+            SCOPED_TRACE(mesh.name);
+            VXGeom control(mesh.Record().get()), posed, fresh;
+            ASSERT_EQ(control.SubdivideOpenSubDiv(&posed, 2, kSubdivSchemeOther, false), 0);
+            ASSERT_TRUE(posed.AllocTransformedVerts());
+            for (int i = 0; i < control.NumVerts(false); ++i)
+                control.Vertex(i)->z += 0.25f * std::sin(float(i));
+            control.Vertex(1)->x = odd;
+            ASSERT_EQ(control.SubdivideOpenSubDiv(&posed, 2, kSubdivSchemeOther, false), 0);
+            ASSERT_EQ(control.SubdivideOpenSubDiv(&fresh, 2, kSubdivSchemeOther, true), 0);
+            const std::size_t bytes = std::size_t(fresh.NumVerts(false)) * sizeof(VERTEX);
+            EXPECT_EQ(std::memcmp(posed.Verts(), fresh.Verts(), bytes), 0);
+            EXPECT_EQ(std::memcmp(posed.TransformedVerts(), fresh.Verts(), bytes), 0);
+            for (int i = posed.NumVerts(false); i < posed.NumVerts(true); ++i)
+                EXPECT_EQ(*posed.Vertex(i), *posed.Vertex(posed.OrigVertIndex(i)));
+            for (VXGeom* const geom : {&posed, &fresh})
+            {
+                geom->SetEdgesClassified(false); // sharp edges follow the pose too
+                geom->ComputeAllNormals();
+            }
+            EXPECT_EQ(Bytes(posed), Bytes(fresh));
+        }
+}
+
+TEST(OpenSubdiv, RefinesAnewOnlyWhenItMust)
+{
+    struct Host : VXSceneDelegate
+    {
+        int rebuilds = 0, verts = 0;
+        void SubdivisionWillRebuild(bool rebuild, int controlVerts, E_SubdivScheme) override
+        {
+            rebuilds += rebuild;
+            verts = controlVerts;
+        }
+    } host;
+    VXScene scene;
+    scene.SetSceneDelegate(&host);
+    VXGeom control(Cube().Record().get()), dest, other(Grid(2, 2).Record().get());
+    const GeomPtr grid = Grid(4, 2).Record();
+    const auto nothing = [] {};
+    const struct
+    {
+        const char* name;
+        std::function<void()> before;
+        VXGeom* dest;
+        int level;
+        bool force;
+        int rebuilds;
+    } kRows[] = {
+        {"first", nothing, &dest, 2, false, 1},
+        {"again", nothing, &dest, 2, false, 1},
+        {"moved", [&] { control.Scale(2); }, &dest, 2, false, 1},
+        {"another destination", nothing, &other, 2, false, 1}, // filled from the kept refiner
+        {"emptied destination", [&] { dest.Empty(); }, &dest, 2, false, 1},
+        {"another level", nothing, &dest, 3, false, 2},
+        {"forced", nothing, &dest, 3, true, 3},
+        {"dropped", [&] { control.ClearSubdiv(); }, &dest, 3, false, 4},
+        {"another mesh", [&] { control.SetGeom(grid.get(), true); }, &dest, 3, false, 5},
+        {"failure", nothing, &control, 3, false, 5},
+    };
+    for (const auto& row : kRows)
+    {
+        row.before();
+        const int result = control.SubdivideOpenSubDiv(row.dest, row.level, kSubdivSchemeOther, row.force);
+        EXPECT_EQ(host.rebuilds, row.rebuilds) << row.name;
+        if (row.dest == &control)
+        {
+            EXPECT_EQ(result, -1);
+            continue;
+        }
+        ASSERT_EQ(result, 0) << row.name;
+        ExpectSame(row.dest->Verts(), Direct(*control.Geom(), row.level).points, row.name);
+    }
+    EXPECT_EQ(host.verts, 15);
+}
+
+TEST(OpenSubdiv, ChildrenInheritWhatTheirPolygonIs)
+{
+    const GeomPtr record = Grid(3, 1).Record();
+    ASSERT_EQ(GEOM_AddMaterialName(record.get(), "second"), 1);
+    for (int i = 0; i < 40; ++i) // more groups than fit one word
+        ASSERT_EQ(GEOM_GroupAddElem(record.get(), ("group" + std::to_string(i)).c_str(), i % 3), 0);
+    record->Poly(1)->material = 1;
+    record->Poly(1)->flags = kElementHidden;
+    record->Poly(1)->type = kElementFaceAlso;
+    record->Poly(2)->SetGroupWord(0, 5);
+    record->objectNames.Append({0, "front"});
+    record->objectNames.Append({2, "back"});
+    record->materialFiles.Append("some.mtl");
+
+    VXGeom control(record.get()), dest;
+    ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 2, kSubdivSchemeOther, false), 0);
+    const GEOM& fine = *dest.Geom();
+    ASSERT_EQ(fine.numGroups, record->numGroups);
+    ASSERT_EQ(fine.groupNames.Count(), 40);
+    EXPECT_EQ(fine.groupNames[39], record->groupNames[39]);
+    EXPECT_STREQ(dest.MaterialName(1), "second");
+    EXPECT_EQ(fine.materialFiles.Count(), 1);
+    ASSERT_EQ(fine.objectNames.Count(), 2);
+    EXPECT_EQ(fine.objectNames[1].firstPoly, 32);
+    for (int f = 0; f < fine.numPolys; ++f)
+    {
+        ELEMENT* const child = dest.Polygon(f);
+        EXPECT_EQ(child->start, 4 * f);
+        EXPECT_EQ(child->length, 4);
+        const std::size_t rest = std::size_t(fine.PolyStride()) - 8;
+        EXPECT_EQ(std::memcmp(&child->flags, &record->Poly(f / 16)->flags, rest), 0) << f;
+    }
+}
+
+TEST(OpenSubdiv, TextureSeamsStaySeams)
+{
+    VXGeom control(Torus(8, 6).Record().get()), dest;
+    ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 2, kSubdivSchemeOther, false), 0);
+    for (int f = 0; f < dest.NumPolys(); ++f) // none reaches from one end of the texture to the other
+    {
+        dest.SetCurrentPoly(f);
+        for (int k = 1; k < 4; ++k)
+        {
+            EXPECT_LT(std::abs(dest.CurPolyTVertex(k)->u - dest.CurPolyTVertex(0)->u), 0.2f) << f;
+            EXPECT_LT(std::abs(dest.CurPolyTVertex(k)->v - dest.CurPolyTVertex(0)->v), 0.2f) << f;
+        }
+    }
+}
+
+TEST(OpenSubdiv, PolygonsWithoutTextureCoordinatesHaveChildrenWithout)
+{
+    for (const int keep : {0, 1, 2}) // how many of the three polygons have some
+    {
+        const GeomPtr record = Grid(3, 1).Record();
+        for (int p = keep; p < 3; ++p)
+            record->tex->polys[p].length = p == 1 ? 3 : 0; // too few is none
+        VXGeom control, dest;
+        control.SetGeom(record.get(), false);
+        ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 1, kSubdivSchemeOther, false), 0);
+        ASSERT_EQ(dest.Geom()->tex != nullptr, keep > 0);
+        for (int f = 0; keep > 0 && f < 12; ++f)
+        {
+            const GEOM_TexPoly& run = dest.Geom()->tex->polys[f];
+            EXPECT_EQ(run.length, f < 4 * keep ? 4 : 0) << f;
+            for (int k = 0; k < run.length; ++k) // nothing of the polygons without reaches the others
+                EXPECT_LE(dest.Geom()->tex->verts[dest.Geom()->tex->sets[run.start + k]].u, float(keep) / 3 + 1e-6f);
+        }
+    }
+}
+
+TEST(OpenSubdiv, CreasesAreMadeWhereTheHostAllowsThem)
+{
+    struct Host : VXSceneDelegate
+    {
+        bool AllowCreaseVertsForSubdiv() override { return true; }
+    } host;
+    VXScene scene;
+    scene.SetSceneDelegate(&host);
+    VXGeom control(Torus(6, 5).Record().get()), dest;
+    dest.SetGenerateCreases(false);
+    ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 1, kSubdivSchemeOther, false), 0);
+    EXPECT_TRUE(dest.GenerateCreases());
+    EXPECT_FALSE(dest.UseCreaseAngle());
+    EXPECT_TRUE(dest.EdgesClassified());
+    EXPECT_GT(dest.NumbCreaseVerts(), 0); // along the seams of the texture
+}
+
+TEST(OpenSubdiv, RefusesWithTheDestinationAsItWas)
+{
+    const auto quads = [](auto change)
+    {
+        GeomPtr record = Grid(4, 4).Record();
+        change(*record);
+        return record;
+    };
+    TestMesh crowd{"a vertex in 40,000 faces", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}};
+    crowd.faces.assign(40000, {0, 1, 2});
+    const struct
+    {
+        const char* name;
+        GeomPtr record;
+        int level;
+    } kRows[] = {
+        {"level 0", Cube().Record(), 0},
+        {"level -1", Cube().Record(), -1},
+        {"level 16", Cube().Record(), 16},
+        {"more faces than 32 bits count", Cube().Record(), 15},
+        {"no record", nullptr, 1},
+        {"no polygons", quads([](GEOM& g) { g.SetSize(0, 25, 0, 0, 0, 0); }), 1},
+        {"a line", quads([](GEOM& g) { g.Poly(3)->type = kElementLine; }), 1},
+        {"a point", quads([](GEOM& g) { g.Poly(0)->type = kElementPoint; }), 1},
+        {"two corners", quads([](GEOM& g) { g.Poly(15)->length = 2; }), 1},
+        {"no corners", quads([](GEOM& g) { g.Poly(15)->length = 0; }), 1},
+        {"corners past the end", quads([](GEOM& g) { g.Poly(15)->start = 61; }), 1},
+        {"no such vertex", quads([](GEOM& g) { g.sets[7] = 25; }), 1},
+        {"no such texture vertex", quads([](GEOM& g) { g.tex->sets[7] = -1; }), 1},
+        {"a 70,000-gon", Ngon(70000).Record(), 1},
+        {"a vertex in 40,000 faces", crowd.Record(), 1},
+    };
+    VXGeom dest(Torus(4, 4).Record().get());
+    const std::string before = Bytes(dest);
+    for (const auto& row : kRows)
+    {
+        GeomPtr sound = Grid(4, 4).Record(); // the wrapper is not to repair the fault: it comes in afterwards
+        VXGeom control;
+        control.SetGeom(row.record ? sound.get() : nullptr, false);
+        if (row.record)
+        {
+            std::swap(sound->verts, row.record->verts);
+            std::swap(sound->numVerts, row.record->numVerts);
+            std::swap(sound->sets, row.record->sets);
+            std::swap(sound->polys, row.record->polys);
+            std::swap(sound->numPolys, row.record->numPolys);
+            std::swap(sound->tex, row.record->tex);
+        }
+        EXPECT_EQ(control.SubdivideOpenSubDiv(&dest, row.level, kSubdivSchemeOther, false), -1) << row.name;
+        EXPECT_EQ(Bytes(dest), before) << row.name;
+        EXPECT_EQ(control.SubdivideOpenSubDiv(nullptr, row.level, kSubdivSchemeOther, false), 0) << row.name;
+    }
+    VXGeom sharing;
+    sharing.SetGeom(dest.Geom(), false);
+    EXPECT_EQ(dest.SubdivideOpenSubDiv(&dest, 1, kSubdivSchemeOther, false), -1);
+    EXPECT_EQ(dest.SubdivideOpenSubDiv(&sharing, 1, kSubdivSchemeOther, false), -1);
+    EXPECT_EQ(Bytes(dest), before);
+}
+
+TEST(OpenSubdiv, LeavesTheDestinationAsItWasWhenMemoryRunsOut)
+{
+    const GeomPtr record = Torus(6, 5).Record();
+    ASSERT_EQ(GEOM_GroupAddElem(record.get(), "group", 1), 0);
+    VXGeom control(record.get()), dest(Cube().Record().get()), wanted;
+    ASSERT_TRUE(dest.AllocTransformedVerts());
+    ASSERT_EQ(control.SubdivideOpenSubDiv(&wanted, 1, kSubdivSchemeOther, true), 0);
+    const std::string before = Bytes(dest);
+    int n = 1, result = -1;
+    for (; result != 0 && n < 1000; ++n)
+    {
+        MEM_FailAfter(n);
+        result = control.SubdivideOpenSubDiv(&dest, 1, kSubdivSchemeOther, true);
+        MEM_FailAfter(0);
+        MEM_SetAllocationFailed(false);
+        ASSERT_EQ(Bytes(dest), result == 0 ? Bytes(wanted) : before) << n;
+    }
+    EXPECT_EQ(result, 0);
+    EXPECT_GT(n, 20); // it did fail on the way
+}
+
+TEST(OpenSubdiv, KeepsLittleAndGivesItBack)
+{
+    for (const bool uvs : {false, true})
+    {
+        VXGeom control(Torus(60, 50, uvs).Record().get()), dest;
+        const std::size_t bare = control.MemoryUsed();
+        ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 2, kSubdivSchemeOther, false), 0);
+        const std::size_t kept = control.MemoryUsed() - bare;
+        EXPECT_GT(kept, std::size_t(dest.NumVerts(false)) * sizeof(VERTEX));
+        EXPECT_LT(double(kept), 1.5 * double(dest.MemoryUsed()));
+        std::printf("[   bytes  ] per face: kept %.0f, result %.0f\n", double(kept) / dest.NumPolys(),
+                    double(dest.MemoryUsed()) / dest.NumPolys());
+        control.ClearSubdiv();
+        EXPECT_EQ(control.MemoryUsed(), bare);
+    }
+}
+
+TEST(OpenSubdiv, LeavesNormalsOfTheHostAlone)
+{
+    VXGeom control(Cube().Record().get()), dest;
+    std::vector<VERTEX> normals(26, VERTEX{1, 2, 3});
+    dest.SetUseExternalNormals(true);
+    dest.SetExternalVertexNormals(normals.data());
+    ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, 1, kSubdivSchemeOther, false), 0);
+    EXPECT_EQ(dest.VertNormals(), normals.data());
+    EXPECT_EQ(normals[25], (VERTEX{1, 2, 3}));
+    EXPECT_TRUE(VXSwitches::OpenSubdivOn());
+}
