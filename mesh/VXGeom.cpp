@@ -142,6 +142,7 @@ void VXGeom::DropDerived()
     DropTangents();
     mVertSmoothingList.Clear();
     ClearSubdiv();
+    mRefinedBy = 0;
 }
 
 void VXGeom::DropSnapshot()

@@ -28,10 +28,6 @@ struct EDGELIST
 };
 
 struct VXSubdivCache;
-namespace vx
-{
-class Refiner;
-}
 
 /// Bits of the wrapper's flag word.
 enum class GeomFlag : std::uint32_t
@@ -372,7 +368,7 @@ private:
     void DropDerived(); // what no rebuild of edges and normals replaces by itself
     void DropEdges();
     bool MakeRefiner(); // OpenSubdiv, in the order of its steps
-    bool HasRefinedSizes(const vx::Refiner& refiner) const;
+    bool IsRefinedBy(const VXSubdivCache& cache) const;
     void TakeRefinedPositions(const VXSubdivCache& cache);
     bool BuildRefined(VXGeom& dest);
     bool FillUVs();
@@ -442,6 +438,7 @@ private:
     std::int32_t mCurPolyLength = 0;
     bool mGeomShared = false;
     VXSubdivCache* mSubdivCache = nullptr; ///< owned; null until OpenSubdiv was used
+    std::uint64_t mRefinedBy = 0;          ///< number of the refiner whose last level this mesh is; 0 for none
     BArray<int> mSubdivPolyRemapTable;
     BArray<int> mSubdivVertRemapTable;
     VXVertSmoothingList mVertSmoothingList;

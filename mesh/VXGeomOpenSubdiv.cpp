@@ -4,6 +4,7 @@
 #include "mesh/kernel/Polys.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -260,7 +261,7 @@ int VXGeom::SubdivideOpenSubDiv(VXGeom* dest, int level, E_SubdivScheme scheme, 
     if (mGeom->numVerts > 0)
         std::memcpy(cache.positions, mGeom->verts, std::size_t(mGeom->numVerts) * sizeof(VERTEX));
     cache.refiner->Interpolate(cache.positions);
-    if (!rebuild && dest->HasRefinedSizes(*cache.refiner))
+    if (!rebuild && dest->IsRefinedBy(cache))
     {
         dest->TakeRefinedPositions(cache);
         return 0;
@@ -289,6 +290,8 @@ bool VXGeom::MakeRefiner()
     cache.refiner = vx::Refiner::Make(control.Topology(mGeom->numVerts), cache.level);
     if (!cache.refiner)
         return false;
+    static std::atomic<std::uint64_t> last = 0;
+    cache.number = ++last;
     cache.positions = MEM_AllocArray<VERTEX>(std::size_t(cache.refiner->NumVertsTotal()));
     if (const std::int32_t numUVs = cache.refiner->NumUVsTotal(); numUVs > 0)
         cache.uvs = MEM_AllocArray<T_VERTEX>(std::size_t(numUVs));
@@ -297,12 +300,11 @@ bool VXGeom::MakeRefiner()
     return cache.refiner != nullptr;
 }
 
-bool VXGeom::HasRefinedSizes(const vx::Refiner& refiner) const
+// Sizes alone would not do: our own scheme gives as many vertices and polygons, in another order.
+bool VXGeom::IsRefinedBy(const VXSubdivCache& cache) const
 {
-    const std::int32_t faces = refiner.NumFaces();
-    return mGeom && mGeom->numVerts == refiner.NumVerts() && mGeom->numPolys == faces &&
-           mGeom->NumCorners() == std::int64_t(faces) * 4 && mSubdivPolyRemapTable.Count() == faces &&
-           (mGeom->tex ? mGeom->tex->numVerts : 0) == refiner.NumUVs();
+    return mGeom && mRefinedBy == cache.number && mGeom->numVerts == cache.refiner->NumVerts() &&
+           mGeom->numPolys == cache.refiner->NumFaces();
 }
 
 // The pose alone. Polygons stay, crease vertices follow, and normals are for whoever has deformed the vertices, too.
@@ -364,6 +366,7 @@ bool VXGeom::BuildRefined(VXGeom& dest)
     if (!fresh.DeriveRefined())
         return false;
     dest.TakeRefined(fresh);
+    dest.mRefinedBy = cache.number;
     return true;
 }
 

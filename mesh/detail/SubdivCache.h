@@ -34,6 +34,7 @@ struct VXSubdivCache
     std::int32_t level = 0;
 
     std::unique_ptr<vx::Refiner> refiner; ///< null: nothing is kept
+    std::uint64_t number = 0;             ///< of the refiner; no other of this process has it
     bool nonDefaultScheme = false;        ///< what the last call asked for; nothing depends on it yet
     VERTEX* positions = nullptr;          ///< all levels in a row, level 0 being the control mesh's (a handle)
     T_VERTEX* uvs = nullptr;              ///< the same for texture vertices; null without (a handle)

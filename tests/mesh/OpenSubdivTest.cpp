@@ -290,11 +290,13 @@ TEST(OpenSubdiv, RefinesAnewOnlyWhenItMust)
         bool force;
         int rebuilds;
     } kRows[] = {
-        {"first", nothing, &dest, 2, false, 1},
-        {"again", nothing, &dest, 2, false, 1},
-        {"moved", [&] { control.Scale(2); }, &dest, 2, false, 1},
-        {"another destination", nothing, &other, 2, false, 1}, // filled from the kept refiner
-        {"emptied destination", [&] { dest.Empty(); }, &dest, 2, false, 1},
+        {"first", nothing, &dest, 1, false, 1},
+        {"again", nothing, &dest, 1, false, 1},
+        {"moved", [&] { control.Scale(2); }, &dest, 1, false, 1},
+        // filled from the kept refiner:
+        {"another destination", nothing, &other, 1, false, 1},
+        {"emptied destination", [&] { dest.Empty(); }, &dest, 1, false, 1},
+        {"own scheme in between", [&] { control.SubdivideCatmullClark(&dest); }, &dest, 1, false, 1},
         {"another level", nothing, &dest, 3, false, 2},
         {"forced", nothing, &dest, 3, true, 3},
         {"dropped", [&] { control.ClearSubdiv(); }, &dest, 3, false, 4},
@@ -312,7 +314,9 @@ TEST(OpenSubdiv, RefinesAnewOnlyWhenItMust)
             continue;
         }
         ASSERT_EQ(result, 0) << row.name;
-        ExpectSame(row.dest->Verts(), Direct(*control.Geom(), row.level).points, row.name);
+        const Direct direct(*control.Geom(), row.level);
+        ExpectSame(row.dest->Verts(), direct.points, row.name);
+        ExpectSame(row.dest->Sets(false), direct.corners, row.name);
     }
     EXPECT_EQ(host.verts, 15);
 }
