@@ -4,6 +4,9 @@
 #include "mesh/kernel/CatmullClark.h"
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
+#include <optional>
 
 namespace vx
 {
@@ -14,6 +17,7 @@ namespace
 constexpr std::uint32_t kSideB = 1;   // the polygon is the edge's second
 constexpr std::uint32_t kOneSide = 2; // the edge has no second polygon
 constexpr std::uint32_t kNoEdge = ~0u;
+constexpr std::uint32_t kNoEdgeBit = 1u << 31; // of no edge's code
 constexpr std::int64_t kMostEdges = std::int64_t(1) << 29;
 
 // Up to here, corners are compared with each other to see whether a polygon has one twice.
@@ -26,9 +30,9 @@ struct Step
 {
     Step(const CatmullSource& s, const CatmullTarget& t, CatmullScratch& scratch)
         : source(s), target(t), points(s.points.data()), first(scratch.firstCorner.Data()),
-          edgeAt(scratch.edgeAt.Data()), sums(scratch.sums.Data()), mark(scratch.mark.Data()),
-          walk(scratch.walk.Data()), numVerts(std::int32_t(s.points.size())), numPolys(std::int32_t(s.polys.count)),
-          numEdges(std::int32_t(s.edges.size())), numTexVerts(std::int32_t(s.NumTexVerts())),
+          edgeAt(scratch.edgeAt.Data()), sums(scratch.sums), mark(scratch.mark.Data()), walk(scratch.walk.Data()),
+          numVerts(std::int32_t(s.points.size())), numPolys(std::int32_t(s.polys.count)),
+          numEdges(std::int32_t(s.edges.size())), numTexVerts(std::int32_t(s.numTexVerts)),
           facePoints(t.verts + numVerts), edgePoints(facePoints + numPolys)
     {
     }
@@ -48,13 +52,22 @@ struct Step
     bool IsPoly(std::int32_t p) const { return std::uint32_t(p) < std::uint32_t(numPolys); }
     bool IsVert(std::int32_t v) const { return std::uint32_t(v) < std::uint32_t(numVerts); }
     std::int32_t Length(std::int32_t p) const { return first[p + 1] - first[p]; }
-    const std::int32_t* Ring(std::int32_t p) const { return source.polys.sets + source.polys[p].start; }
     std::int32_t EdgePoint(std::uint32_t edge) const { return numVerts + numPolys + std::int32_t(edge >> 2); }
     std::int32_t EdgeTexPoint(std::uint32_t edge) const
     {
         return numTexVerts + numPolys + std::int32_t(2 * (edge >> 2) + (edge & kSideB));
     }
 };
+
+// --- Old texture vertices and face points
+
+void WriteFacePoints(const Step& step)
+{
+    T_VERTEX* const uvs = step.target.texVerts;
+    if (step.numTexVerts > 0)
+        std::copy_n(step.source.geom.tex->verts, step.numTexVerts, uvs);
+    GEOM_CalcPolyCentroids(&step.source.geom, step.facePoints, step.numTexVerts > 0 ? uvs + step.numTexVerts : nullptr);
+}
 
 // --- Edges: edge points, what they add to their vertices, and the corners where they start
 
@@ -69,32 +82,37 @@ VERTEX EdgePoint(const VERTEX& p0, const VERTEX& p1, const VERTEX* faceA, const 
     return {float(sum.x * kThird), float(sum.y * kThird), float(sum.z * kThird)};
 }
 
-void AddTo(double (&sum)[3], const VERTEX& v)
+void Add(VertexSum& sum, const VertexSum& part)
 {
-    sum[0] += v.x;
-    sum[1] += v.y;
-    sum[2] += v.z;
+    for (std::size_t i = 0; i < 3; ++i)
+        sum.faces[i] += part.faces[i];
+    for (std::size_t i = 0; i < 3; ++i)
+        sum.ends[i] += part.ends[i];
+    sum.numEdges += part.numEdges;
+    sum.numEnds += part.numEnds;
 }
 
-void AddEdge(VertexSum& sum, const VERTEX& faces, const VERTEX& ends)
+VertexSum PartOf(const VERTEX& faces, const VERTEX& ends, int numEnds)
 {
-    AddTo(sum.faces, faces);
-    AddTo(sum.ends, ends);
-    sum.numEdges += 1;
-    sum.numEnds += 2;
+    return {{faces.x, faces.y, faces.z}, {ends.x, ends.y, ends.z}, 1, double(numEnds)};
 }
 
-// Edges that lost an end: what is left of them counts.
-void AddHalfEdge(const Step& step, const VXEdge& edge, const VERTEX& faces)
+// What an edge adds to the sums at its ends.
+void AddToEnds(const Step& step, const VXEdge& edge, const VERTEX* faceA, const VERTEX* faceB)
 {
-    for (const std::int32_t v : {edge.VertIndex1(), edge.VertIndex2()})
-        if (step.IsVert(v))
-        {
-            AddTo(step.sums[v].faces, faces);
-            AddTo(step.sums[v].ends, step.points[v]);
-            step.sums[v].numEdges += 1;
-            step.sums[v].numEnds += 1;
-        }
+    const std::int32_t v0 = edge.VertIndex1(), v1 = edge.VertIndex2();
+    if (faceA && faceB && step.IsVert(v0) && step.IsVert(v1)) [[likely]]
+    {
+        const VertexSum part = PartOf(*faceA + *faceB, step.points[v0] + step.points[v1], 2);
+        Add(step.sums[v0], part);
+        Add(step.sums[v1], part);
+        return;
+    }
+    for (const std::int32_t v : {v0, v1})
+        if (step.IsVert(v) && faceA && faceB)
+            Add(step.sums[v], PartOf(*faceA + *faceB, step.points[v], 1));
+        else if (step.IsVert(v))
+            step.sums[v].numEdges = -std::numeric_limits<double>::infinity();
 }
 
 void NoteStart(const Step& step, std::int32_t poly, std::int32_t corner, std::uint32_t edge)
@@ -117,18 +135,7 @@ void GoThroughEdges(const Step& step)
         const VERTEX* const faceB = hasB ? step.facePoints + b : nullptr;
         if (hasEnds && (hasA || hasB))
             step.edgePoints[e] = EdgePoint(step.points[v0], step.points[v1], faceA, faceB);
-        if (hasA && hasB && hasEnds) [[likely]]
-        {
-            const VERTEX faces = *faceA + *faceB, ends = step.points[v0] + step.points[v1];
-            AddEdge(step.sums[v0], faces, ends);
-            AddEdge(step.sums[v1], faces, ends);
-        }
-        else if (hasA && hasB)
-            AddHalfEdge(step, edge, *faceA + *faceB);
-        else
-            for (const std::int32_t v : {v0, v1})
-                if (step.IsVert(v))
-                    step.sums[v].numEdges = INT32_MIN; // stays negative, whatever is added
+        AddToEnds(step, edge, faceA, faceB);
 
         const std::uint32_t code = std::uint32_t(e) << 2;
         if (hasA)
@@ -142,8 +149,7 @@ void GoThroughEdges(const Step& step)
 
 VERTEX VertexPoint(const VERTEX& p, const VertexSum& sum)
 {
-    const double n = sum.numEdges;
-    const double perFace = 1 / (2 * n), perEnd = sum.numEnds > 0 ? 1.0 / sum.numEnds : 0, perEdge = 1 / n;
+    const double n = sum.numEdges, perFace = 1 / (2 * n), perEnd = 1 / sum.numEnds, perEdge = 1 / n;
     const auto moved = [&](int axis, float old)
     {
         const double q = sum.faces[axis] * perFace, r = sum.ends[axis] * perEnd;
@@ -169,7 +175,7 @@ struct TexRing
 {
     TexRing(const Step& step, std::int32_t poly) : numTexVerts(step.numTexVerts), facePoint(numTexVerts + poly)
     {
-        const GEOM_Texture& tex = *step.source.tex;
+        const GEOM_Texture& tex = *step.source.geom.tex;
         const GEOM_TexPoly run = poly < tex.numPolys ? tex.polys[poly] : GEOM_TexPoly{};
         if (run.start < 0 || run.length < 0 || std::int64_t(run.start) + run.length > tex.numCorners)
             return;
@@ -187,69 +193,49 @@ struct TexRing
     std::int32_t facePoint;
 };
 
-// The texture points of the edges that start at a polygon's corners, on this polygon's side.
-void WriteEdgeTexPoints(const Step& step, std::int32_t poly, const TexRing& ring)
+// The texture point of the edge that starts at a corner, on this polygon's side.
+void WriteEdgeTexPoint(const Step& step, std::uint32_t edge, std::int32_t tex, std::int32_t nextTex)
 {
-    if (ring.length == 0)
-        return; // they stay (0, 0)
-    const std::int32_t length = step.Length(poly);
-    const std::uint32_t* const edges = step.edgeAt + step.first[poly];
     T_VERTEX* const uvs = step.target.texVerts;
-    for (std::int32_t k = 0; k < length; ++k)
-    {
-        if (edges[k] == kNoEdge)
-            continue;
-        const T_VERTEX a = uvs[ring.At(k)], b = uvs[ring.At(k + 1 < length ? k + 1 : 0)];
-        const T_VERTEX middle = {(a.u + b.u) * 0.5f, (a.v + b.v) * 0.5f};
-        const std::int32_t slot = step.EdgeTexPoint(edges[k]);
-        uvs[slot] = middle;
-        if (edges[k] & kOneSide)
-            uvs[slot + 1] = middle;
-    }
+    const T_VERTEX a = uvs[tex], b = uvs[nextTex];
+    const T_VERTEX middle = {(a.u + b.u) * 0.5f, (a.v + b.v) * 0.5f};
+    const std::int32_t slot = step.EdgeTexPoint(edge);
+    uvs[slot] = middle;
+    if (edge & kOneSide)
+        uvs[slot + 1] = middle;
 }
 
 // Writes quads one after the other.
 struct QuadWriter
 {
-    const Step& step;
-    std::int32_t numQuads = 0;
+    CatmullTarget target; // a copy: what is stored cannot change it
+    std::int32_t poly = 0;
+    std::uint16_t material = 0;
 
-    // Corners and, with texture coordinates, texture corners: of the old vertex, its edge, the face, the edge before.
-    void Write(std::int32_t poly, std::uint16_t material, const std::int32_t (&corners)[4],
-               const std::int32_t (&texCorners)[4])
+    // Of the old vertex, its edge, the face, the edge before it: vertices and, with texture coordinates, texture
+    // vertices.
+    template <bool Textured>
+    void Write(std::int32_t q, const std::int32_t (&verts)[4], const std::int32_t (&texVerts)[4]) const
     {
-        const CatmullTarget& target = step.target;
-        const std::int32_t q = numQuads++;
         ELEMENT& quad = *reinterpret_cast<ELEMENT*>(target.polys + q * target.stride);
         quad.start = 4 * q;
         quad.length = 4;
         quad.material = material;
-        std::copy(std::begin(corners), std::end(corners), target.sets + 4 * std::int64_t(q));
+        std::memcpy(target.sets + 4 * std::int64_t(q), verts, sizeof verts);
         target.parents[q] = poly;
-        if (step.numTexVerts == 0)
-            return;
-        std::copy(std::begin(texCorners), std::end(texCorners), target.texSets + 4 * std::int64_t(q));
-        target.texPolys[q] = {4 * q, 4};
+        if constexpr (Textured)
+        {
+            std::memcpy(target.texSets + 4 * std::int64_t(q), texVerts, sizeof texVerts);
+            target.texPolys[q] = {4 * q, 4};
+        }
     }
 };
 
-// Whether walking around the polygon from edge to edge goes from corner to corner: it is a face, each corner has its
-// edge, and no vertex comes twice, so that edges and corners determine each other.
-bool IsPlain(const Step& step, std::int32_t poly, bool isFace, const std::int32_t* ring, std::int32_t length)
+bool AllDifferent(const std::int32_t* ring, std::int32_t length)
 {
-    const std::uint32_t* const edges = step.edgeAt + step.first[poly];
-    if (!isFace || length < 3 || std::find(edges, edges + length, kNoEdge) != edges + length)
-        return false;
-    if (length > kFewCorners)
-    {
-        for (std::int32_t k = 0; k < length; ++k)
-        {
-            if (!step.IsVert(ring[k]) || step.mark[ring[k]] == poly)
-                return false;
-            step.mark[ring[k]] = poly;
-        }
-        return true;
-    }
+    if (length == 4)
+        return ring[0] != ring[1] && ring[0] != ring[2] && ring[0] != ring[3] && ring[1] != ring[2] &&
+               ring[1] != ring[3] && ring[2] != ring[3];
     for (std::int32_t k = 1; k < length; ++k)
         for (std::int32_t j = 0; j < k; ++j)
             if (ring[j] == ring[k])
@@ -257,24 +243,63 @@ bool IsPlain(const Step& step, std::int32_t poly, bool isFace, const std::int32_
     return true;
 }
 
-template <bool Textured>
-void SplitPlain(const Step& step, QuadWriter& quads, std::int32_t poly, const std::int32_t* ring, std::int32_t length,
-                std::uint16_t material, const TexRing* texRing)
+bool AllDifferentByMarks(const Step& step, std::int32_t poly, const std::int32_t* ring, std::int32_t length)
 {
+    for (std::int32_t k = 0; k < length; ++k)
+    {
+        if (!step.IsVert(ring[k]) || step.mark[ring[k]] == poly)
+            return false;
+        step.mark[ring[k]] = poly;
+    }
+    return true;
+}
+
+// Whether walking around the polygon from edge to edge goes from corner to corner: it is a face, each corner has its
+// edge, and no vertex comes twice, so that edges and corners determine each other.
+inline bool IsPlain(const Step& step, std::int32_t poly, bool isFace, const std::int32_t* ring, std::int32_t length)
+{
+    if (!isFace || length < 3)
+        return false;
+    std::uint32_t all = 0;
+    for (std::int32_t k = 0; k < length; ++k)
+        all |= step.edgeAt[step.first[poly] + k];
+    if (all & kNoEdgeBit)
+        return false;
+    return length > kFewCorners ? AllDifferentByMarks(step, poly, ring, length) : AllDifferent(ring, length);
+}
+
+// These return the number of quads after theirs.
+template <bool Textured>
+inline std::int32_t SplitPlain(const Step& step, const QuadWriter& writer, std::int32_t q, const std::int32_t* ring,
+                               std::int32_t length)
+{
+    const std::int32_t poly = writer.poly, face = step.numVerts + poly, texFace = step.numTexVerts + poly;
     const std::uint32_t* const edges = step.edgeAt + step.first[poly];
-    const std::int32_t face = step.numVerts + poly, texFace = step.numTexVerts + poly;
     std::uint32_t before = edges[length - 1];
+    if constexpr (Textured)
+    {
+        const TexRing texRing(step, poly);
+        std::int32_t tex = texRing.At(0);
+        for (std::int32_t k = 0; k < length; ++k)
+        {
+            const std::uint32_t edge = edges[k];
+            const std::int32_t nextTex = texRing.At(k + 1 < length ? k + 1 : 0);
+            if (texRing.length > 0)
+                WriteEdgeTexPoint(step, edge, tex, nextTex);
+            writer.Write<true>(q++, {ring[k], step.EdgePoint(edge), face, step.EdgePoint(before)},
+                               {tex, step.EdgeTexPoint(edge), texFace, step.EdgeTexPoint(before)});
+            tex = nextTex;
+            before = edge;
+        }
+        return q;
+    }
     for (std::int32_t k = 0; k < length; ++k)
     {
         const std::uint32_t edge = edges[k];
-        const std::int32_t corners[4] = {ring[k], step.EdgePoint(edge), face, step.EdgePoint(before)};
-        if constexpr (Textured)
-            quads.Write(poly, material, corners,
-                        {texRing->At(k), step.EdgeTexPoint(edge), texFace, step.EdgeTexPoint(before)});
-        else
-            quads.Write(poly, material, corners, {});
+        writer.Write<false>(q++, {ring[k], step.EdgePoint(edge), face, step.EdgePoint(before)}, {});
         before = edge;
     }
+    return q;
 }
 
 // The edges of one polygon that is not plain, with chains of them at its vertices in the order of the mesh's own
@@ -343,55 +368,59 @@ private:
 
 // Lines, polygons of one or two corners, and polygons that come back to a vertex: walks from edge to edge until the
 // start, or an end.
-void SplitByWalking(const Step& step, QuadWriter& quads, std::int32_t poly, const std::int32_t* ring,
-                    std::int32_t length, std::uint16_t material, const TexRing* texRing)
+template <bool Textured>
+std::int32_t SplitByWalking(const Step& step, const QuadWriter& writer, std::int32_t q, const std::int32_t* ring,
+                            std::int32_t length)
 {
     if (length < 2 || !std::all_of(ring, ring + length, [&step](std::int32_t v) { return step.IsVert(v); }))
-        return;
+        return q;
+    const std::int32_t poly = writer.poly;
     const OwnEdges own(step, poly, ring, length);
     const std::uint32_t* const edges = step.edgeAt + step.first[poly];
-    const std::int32_t start = own.Between(ring[0], ring[1]);
-    std::int32_t corner = start;
-    for (std::int32_t made = 0; corner >= 0 && made < length; ++made)
+    std::optional<TexRing> texRing;
+    if constexpr (Textured)
+    {
+        texRing.emplace(step, poly);
+        for (std::int32_t k = 0; k < length && texRing->length > 0; ++k)
+            if (edges[k] != kNoEdge)
+                WriteEdgeTexPoint(step, edges[k], texRing->At(k), texRing->At(own.After(k)));
+    }
+    const std::int32_t start = own.Between(ring[0], ring[1]), end = q + length;
+    for (std::int32_t corner = start; corner >= 0 && q < end;)
     {
         const std::int32_t vert = ring[corner], before = own.OtherAt(vert, corner);
-        const std::uint32_t edge = edges[corner];
-        const std::int32_t texCorner = texRing ? texRing->At(corner) : 0;
-        quads.Write(
-            poly, material,
-            {vert, step.EdgePoint(edge), step.numVerts + poly, before >= 0 ? step.EdgePoint(edges[before]) : vert},
-            {texCorner, step.EdgeTexPoint(edge), step.numTexVerts + poly,
-             before >= 0 ? step.EdgeTexPoint(edges[before]) : texCorner});
+        const std::int32_t edgePoint = step.EdgePoint(edges[corner]);
+        const std::int32_t pointBefore = before >= 0 ? step.EdgePoint(edges[before]) : vert;
+        if constexpr (Textured)
+        {
+            const std::int32_t tex = texRing->At(corner),
+                               texBefore = before >= 0 ? step.EdgeTexPoint(edges[before]) : tex;
+            writer.Write<true>(q++, {vert, edgePoint, step.numVerts + poly, pointBefore},
+                               {tex, step.EdgeTexPoint(edges[corner]), step.numTexVerts + poly, texBefore});
+        }
+        else
+            writer.Write<false>(q++, {vert, edgePoint, step.numVerts + poly, pointBefore}, {});
         corner = own.OtherAt(ring[own.After(corner)], corner);
         if (corner == start)
             break;
     }
+    return q;
 }
 
 template <bool Textured>
 std::int32_t WriteQuads(const Step& step)
 {
-    QuadWriter quads{step};
+    std::int32_t q = 0;
     for (std::int32_t p = 0; p < step.numPolys; ++p)
     {
         const ELEMENT& element = step.source.polys[p];
         const std::int32_t length = step.Length(p);
         const std::int32_t* const ring = step.source.polys.sets + element.start;
-        if constexpr (Textured)
-        {
-            const TexRing texRing(step, p);
-            WriteEdgeTexPoints(step, p, texRing);
-            if (IsPlain(step, p, element.IsFace(), ring, length)) [[likely]]
-                SplitPlain<true>(step, quads, p, ring, length, element.material, &texRing);
-            else
-                SplitByWalking(step, quads, p, ring, length, element.material, &texRing);
-        }
-        else if (IsPlain(step, p, element.IsFace(), ring, length)) [[likely]]
-            SplitPlain<false>(step, quads, p, ring, length, element.material, nullptr);
-        else
-            SplitByWalking(step, quads, p, ring, length, element.material, nullptr);
+        const QuadWriter writer{step.target, p, element.material};
+        q = IsPlain(step, p, element.IsFace(), ring, length) ? SplitPlain<Textured>(step, writer, q, ring, length)
+                                                             : SplitByWalking<Textured>(step, writer, q, ring, length);
     }
-    return quads.numQuads;
+    return q;
 }
 
 } // namespace
@@ -415,24 +444,36 @@ bool PrepareCatmullClark(const CatmullSource& source, CatmullScratch& scratch)
     }
     scratch.firstCorner.Data()[numPolys] = std::int32_t(numCorners);
     if (numEdges > kMostEdges || numVerts + numPolys + numEdges > INT32_MAX ||
-        source.NumTexVerts() + numPolys + 2 * std::max(numCorners, numEdges) > INT32_MAX)
+        source.numTexVerts + numPolys + 2 * std::max(numCorners, numEdges) > INT32_MAX)
         return false;
     if (!scratch.edgeAt.SetCountForWriting(numCorners) || !scratch.mark.SetCountForWriting(numVerts) ||
         !scratch.walk.SetCountForWriting(3 * std::int64_t(longest)))
         return false;
     std::fill(scratch.edgeAt.begin(), scratch.edgeAt.end(), kNoEdge);
     std::fill(scratch.mark.begin(), scratch.mark.end(), -1);
-    scratch.sums.Empty();
-    return scratch.sums.SetCount(numVerts);
+    MEM_Free(scratch.sums);
+    scratch.sums = MEM_CallocArray<VertexSum>(std::size_t(numVerts));
+    return scratch.sums != nullptr;
+}
+
+CatmullSizes CatmullSizesOf(const CatmullSource& source, const CatmullScratch& scratch)
+{
+    const int numPolys = int(source.polys.count), numEdges = int(source.edges.size());
+    const int numCorners = int(scratch.edgeAt.Count());
+    CatmullSizes sizes{int(source.points.size()) + numPolys + numEdges, numCorners, 4 * numCorners, 0};
+    if (source.numTexVerts > 0) // a list filled by hand may have more edges than there are corners
+        sizes.texVerts = int(source.numTexVerts) + numPolys + 2 * std::max(numCorners, numEdges);
+    return sizes;
 }
 
 std::int32_t CatmullClark(const CatmullSource& source, const CatmullTarget& target, CatmullScratch& scratch)
 {
     const Step step(source, target, scratch);
+    WriteFacePoints(step);
     GoThroughEdges(step);
     MoveVertices(step);
     const std::int32_t numQuads = step.numTexVerts > 0 ? WriteQuads<true>(step) : WriteQuads<false>(step);
-    std::fill(target.parents + numQuads, target.parents + scratch.NumCorners(), -1);
+    std::fill(target.parents + numQuads, target.parents + scratch.edgeAt.Count(), -1);
     return numQuads;
 }
 
