@@ -128,8 +128,6 @@ void VXObject::RefreshLevelZero()
     DeformLevel(0);
 }
 
-// An object that uses tangents is to take its snapshot of the level between the two steps below, once meshes can take
-// snapshots.
 void VXObject::FinishLevel(int level, bool subdivided)
 {
     if (subdivided)
@@ -138,6 +136,8 @@ void VXObject::FinishLevel(int level, bool subdivided)
             geom->SetIncludesLines(false); // what is subdivided has faces alone
             geom->SetIncludesPoints(false);
         }
+    if (UsesTangents())
+        SubdivGeom(level)->ComputeAndSavePreMunge(); // the rest state, before the delegate deforms it
     DeformLevel(level);
 }
 
