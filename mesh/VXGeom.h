@@ -3,6 +3,7 @@
 
 #include "VelmarExport.h"
 #include "base/BArray.h"
+#include "base/BMap.h"
 #include "base/BPath.h"
 #include "base/GEOM_Obj.h"
 #include "base/MAT.h"
@@ -28,6 +29,10 @@ struct EDGELIST
 };
 
 struct VXSubdivCache;
+namespace vx
+{
+struct CreaseMesh;
+}
 
 /// Bits of the wrapper's flag word.
 enum class GeomFlag : std::uint32_t
@@ -232,6 +237,11 @@ public:
     void SetNumbCreaseVerts(int count) { mNumbCreaseVerts = count; }
     static bool ObeyNormals() { return mObeyNormals; } ///< corner normals of the record that differ make creases
     static void SetObeyNormals(bool obey) { mObeyNormals = obey; }
+    /// How GenerateCreaseData finds the sectors. 0 (and any other value but 1 and 2) goes along the crease edges. 1 and
+    /// 2 group the polygons around each vertex by CanGroupPolygons: 1 across the edges of the edge list, 2 also between
+    /// any two polygons at an edge that more than two polygons share, where the list's pairs are accidental. All set
+    /// the same edge flags. On meshes without such edges they find the same sectors; crease vertices are then only
+    /// numbered differently, along the creases in 0, vertex by vertex in 1 and 2.
     static int GenCreaseMethod() { return smGenCreaseMethod; }
     static void SetGenCreaseMethod(int method) { smGenCreaseMethod = method; }
 
@@ -305,8 +315,8 @@ public:
 
     // --- Grouping: VXGeomGroups.cpp
 
-    /// Takes over materials and named groups of a mesh with the same polygons. @return 0; -1, with nothing changed,
-    /// when a mesh is missing or the polygon counts differ
+    /// Takes over materials (the names of their files too) and named groups of a mesh with the same polygons. @return
+    /// 0; -1, with nothing changed, when a mesh is missing or the polygon counts differ
     int CopyGroupsAndMaterials(const VXGeom* source);
     /// Puts every polygon into the named groups of the source polygon whose centre is nearest, the first of equals.
     /// @return 0, or -1 when a mesh is missing or memory ran out
@@ -323,12 +333,13 @@ public:
     };
 
     /// Whether two polygons that meet may share one vertex normal and texture vertex.
-    /// @param split    out: the vertex must be split  @param canShare out: they may be in one group at all
-    /// @param uvSplit  out: split because texture coordinates differ
+    /// @param split    out: the vertex must be split  @param canShare out: their smoothing keys match
+    /// @param uvSplit  out: texture coordinates differ
     bool CanGroupPolygons(const PolyLineVert& a, const PolyLineVert& b, bool& split, bool& canShare,
                           bool& uvSplit) const;
-    /// Whether a corner can join those already in a list, across an edge at its vertex.
-    bool WillGroupPolygons(const PolyLineVert& corner, const BArray<PolyLineVert>& group);
+    /// Whether a corner can join those already in a list: some edge at its vertex leads from its polygon to the polygon
+    /// of one of them, and the two sides of that edge can be grouped.
+    bool WillGroupPolygons(const PolyLineVert& corner, const BArray<PolyLineVert>& group) const;
 
     // --- Subdivision: VXGeomSubdivide.cpp (our own scheme), VXGeomOpenSubdiv.cpp (the adapter)
 
@@ -398,6 +409,7 @@ private:
     void DropTangents();
     void DropSnapshot();
     void RepairFrames();
+    void FollowPolyRecords(); // the cursor, after the records have moved
     bool WantsCreases() const;
     bool HasAllPolyNormals() const;
     bool ComputePlainTogether();
@@ -408,6 +420,14 @@ private:
     bool FinishSubdivided();                 // after the record was filled by a scheme: false when memory ran out
     bool SplitCreases(EDGELIST* caller);     // classifies and splits, without normals; false when memory ran out
     bool FillCreaseData(EDGELIST* caller);   // the part of it that needs memory
+    bool AllocateCreaseMemory();             // the corners, not redirected yet
+    unsigned GroupingDifferences(const PolyLineVert& a, const PolyLineVert& b) const;
+    PolyLineVert SideOf(const VXEdge& edge, bool second) const; // with the corners at both ends
+    bool ClassifyByGrouping(BArray<std::int32_t>& creases);
+    bool SplitByGrouping(const vx::CreaseMesh& mesh, std::span<const std::int32_t> creases,
+                         BArray<std::int32_t>& originals, BArray<std::uint8_t>& split);
+    bool GenerateCreaseData_AddPolyVert(std::int32_t corner, std::int32_t group, bool keepsVertex,
+                                        BMapIntToInt& vertOfGroup, BArray<std::int32_t>& originals);
     void DropCreaseData();
     void ReleaseCreaseArrays();
 

@@ -1,6 +1,6 @@
 #include "mesh/VXGeom.h"
 
-#include "mesh/kernel/Creases.h"
+#include "mesh/kernel/CreaseGroups.h"
 
 #include <chrono>
 #include <cstdio>
@@ -20,7 +20,6 @@ bool VXGeom::GenerateCreaseData(EDGELIST* edges)
     if (!GenerateCreases() || mSavedVerts)
         return false;
     const auto start = std::chrono::steady_clock::now();
-    // smGenCreaseMethod has one implementation so far: every value splits sector by sector.
     if (!SplitCreases(edges))
         return false;
     if (edges && UseExternalNormals() && edges->vertNormals &&
@@ -96,6 +95,9 @@ bool AppendPositions(VERTEX*& verts, std::size_t numVerts, std::span<const std::
 }
 } // namespace
 
+// Values of smGenCreaseMethod; any other goes along the crease edges.
+static constexpr int kGroupAcrossEdges = 1, kGroupAtEdges = 2;
+
 bool VXGeom::FillCreaseData(EDGELIST* caller)
 {
     vx::CreaseMesh mesh;
@@ -115,13 +117,14 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
 
     BArray<std::int32_t> creases, originals;
     BArray<std::uint8_t> split;
+    const bool grouped = smGenCreaseMethod == kGroupAcrossEdges || smGenCreaseMethod == kGroupAtEdges;
+    if (!(grouped ? ClassifyByGrouping(creases) : vx::ClassifyEdges(mesh, rules, creases)) || !AllocateCreaseMemory())
+        return false;
+    const std::span<const std::int32_t> found(creases.Data(), std::size_t(creases.Count()));
+    if (!(grouped ? SplitByGrouping(mesh, found, originals, split)
+                  : vx::SplitSectors(mesh, found, mCreaseSets, originals, split)))
+        return false;
     const std::size_t numCorners = MEM_Count(mGeom->sets), numVerts = std::size_t(mGeom->numVerts);
-    if (!vx::ClassifyEdges(mesh, rules, creases) || !MEM_SizeArrayForWriting(mCreaseSets, numCorners))
-        return false;
-    if (numCorners > 0)
-        std::memcpy(mCreaseSets, mGeom->sets, numCorners * sizeof(std::int32_t));
-    if (!vx::SplitSectors(mesh, {creases.Data(), std::size_t(creases.Count())}, mCreaseSets, originals, split))
-        return false;
 
     const std::size_t numCopies = std::size_t(originals.Count()), count = numVerts + numCopies;
     const std::span<const std::int32_t> copies(originals.Data(), numCopies);
@@ -152,6 +155,68 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
         caller->numCreaseVerts = 0;
     ReleaseCreaseArrays();
     return handed;
+}
+
+bool VXGeom::AllocateCreaseMemory()
+{
+    const std::size_t numCorners = MEM_Count(mGeom->sets);
+    if (!MEM_SizeArrayForWriting(mCreaseSets, numCorners))
+        return false;
+    if (numCorners > 0)
+        std::memcpy(mCreaseSets, mGeom->sets, numCorners * sizeof(std::int32_t));
+    return true;
+}
+
+// Groups the corners around every vertex at which a crease ends, in order of vertices.
+bool VXGeom::SplitByGrouping(const vx::CreaseMesh& mesh, std::span<const std::int32_t> creases,
+                             BArray<std::int32_t>& originals, BArray<std::uint8_t>& split)
+{
+    if (!split.SetCount(mGeom->numVerts))
+        return false;
+    if (creases.empty())
+        return true;
+    for (const std::int32_t e : creases)
+        for (const std::int32_t v : {mEdgeList.GetEdge(e).VertIndex1(), mEdgeList.GetEdge(e).VertIndex2()})
+            split.Data()[v] = 1;
+
+    vx::CornerGrouper::CanJoin canJoin;
+    if (smGenCreaseMethod == kGroupAtEdges)
+        canJoin = [this](const VXEdge& pair)
+        { return GroupingDifferences(SideOf(pair, false), SideOf(pair, true)) == 0; };
+    vx::CornerGrouper grouper(mesh, std::move(canJoin));
+    BMapIntToInt vertOfGroup(std::int64_t(creases.size()));
+    if (!grouper.Init())
+        return false;
+    for (std::int32_t v = 0; v < mGeom->numVerts; ++v)
+    {
+        if (!split.Data()[v])
+            continue;
+        if (!grouper.Group(v))
+            return false;
+        for (const vx::CornerGrouper::Corner& corner : grouper.Corners())
+            if (!GenerateCreaseData_AddPolyVert(corner.index, corner.group, corner.keepsVertex, vertOfGroup, originals))
+                return false;
+    }
+    for (std::int32_t v = 0; v < mGeom->numVerts; ++v)
+        if (split.Data()[v] && !vx::WriteCreaseData(mesh, v, mCreaseSets))
+            return false;
+    return true;
+}
+
+// Gives a polygon corner the vertex of its group, made when the group's first corner comes.
+bool VXGeom::GenerateCreaseData_AddPolyVert(std::int32_t corner, std::int32_t group, bool keepsVertex,
+                                            BMapIntToInt& vertOfGroup, BArray<std::int32_t>& originals)
+{
+    if (keepsVertex)
+        return true;
+    if (const std::int64_t* const vert = vertOfGroup.Find(group))
+    {
+        mCreaseSets[corner] = std::int32_t(*vert);
+        return true;
+    }
+    const std::int64_t vert = mGeom->numVerts + originals.Count();
+    mCreaseSets[corner] = std::int32_t(vert);
+    return originals.Append(mGeom->sets[corner]) && vertOfGroup.Set(group, vert);
 }
 
 // --- Reading and following

@@ -1,5 +1,7 @@
 #include "mesh/kernel/Creases.h"
 
+#include "mesh/kernel/Corners.h"
+
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -10,7 +12,10 @@ namespace vx
 namespace
 {
 
-constexpr float kSameValue = 0.000001f; // corner normals and texture coordinates closer than this are the same
+// The clamp is asymmetric on purpose: any angle up to 0.81 degrees splits coplanar polygons too.
+constexpr float kLeast = -0.99999f, kMost = 0.9999f;
+
+double Radians(float degrees) { return double(degrees) * 0.017453292; }
 
 // --- Classification
 
@@ -19,7 +24,7 @@ constexpr float kSameValue = 0.000001f; // corner normals and texture coordinate
 class AngleTest
 {
 public:
-    explicit AngleTest(float degrees) : mRadians(double(degrees) * 0.017453292)
+    explicit AngleTest(float degrees) : mRadians(Radians(degrees))
     {
         if (!Reached(kLeast))
             mLargest = -std::numeric_limits<float>::infinity();
@@ -39,30 +44,11 @@ public:
     bool Creases(float dot) const { return (dot < kLeast ? kLeast : dot > kMost ? kMost : dot) <= mLargest; }
 
 private:
-    // The clamp is asymmetric on purpose: any angle up to 0.81 degrees splits coplanar polygons too.
-    static constexpr float kLeast = -0.99999f, kMost = 0.9999f;
     bool Reached(float dot) const { return std::acos(double(dot)) >= mRadians; }
 
     double mRadians;
     float mLargest;
 };
-
-bool Differ(float a, float b) { return std::fabs(a - b) > kSameValue; }
-
-bool Differ(const VERTEX& a, const VERTEX& b) { return Differ(a.x, b.x) || Differ(a.y, b.y) || Differ(a.z, b.z); }
-
-// Texture vertex of a polygon's corner, -1 for none.
-std::int32_t TexVertex(const GEOM_Texture& tex, std::int32_t poly, std::int32_t rel)
-{
-    if (poly >= tex.numPolys)
-        return -1;
-    const GEOM_TexPoly run = tex.polys[poly];
-    const std::int64_t corner = std::int64_t(run.start) + rel;
-    if (rel >= run.length || run.start < 0 || corner >= tex.numCorners)
-        return -1;
-    const std::int32_t vert = tex.sets[corner];
-    return vert >= 0 && vert < tex.numVerts ? vert : -1;
-}
 
 T_VERTEX UV(const GEOM_Texture& tex, std::int32_t texVertex)
 {
@@ -74,8 +60,7 @@ bool TexDiffers(const GEOM_Texture& tex, std::int32_t p1, std::int32_t rel1, std
     const std::int32_t t1 = TexVertex(tex, p1, rel1), t2 = TexVertex(tex, p2, rel2);
     if (t1 == t2)
         return false;
-    const T_VERTEX a = UV(tex, t1), b = UV(tex, t2);
-    return Differ(a.u, b.u) || Differ(a.v, b.v);
+    return CornersDiffer(UV(tex, t1), UV(tex, t2));
 }
 
 bool IsTextured(const GEOM_Texture* tex)
@@ -118,7 +103,7 @@ private:
     {
         const std::int32_t n1 = mRules.normalSets[mMesh.Corner(p1, rel1)],
                            n2 = mRules.normalSets[mMesh.Corner(p2, rel2)];
-        return n1 != n2 && Differ(mRules.cornerNormals[n1], mRules.cornerNormals[n2]);
+        return n1 != n2 && CornersDiffer(mRules.cornerNormals[n1], mRules.cornerNormals[n2]);
     }
 
     const CreaseMesh& mMesh;
@@ -129,69 +114,6 @@ private:
 };
 
 // --- Splitting
-
-// One end of an edge: the corners that its polygons have there.
-struct EdgeEnd
-{
-    std::int32_t poly1, rel1;
-    std::int32_t poly2, rel2; // poly2 is -1 at an open edge
-};
-
-EdgeEnd EndAt(const VXEdge& edge, bool atV1)
-{
-    return atV1 ? EdgeEnd{edge.PolyIndex1(), edge.RelIndexP1V1(), edge.PolyIndex2(), edge.RelIndexP2V1()}
-                : EdgeEnd{edge.PolyIndex1(), edge.RelIndexP1V2(), edge.PolyIndex2(), edge.RelIndexP2V2()};
-}
-
-// Calls visit(corner) for the neighbours of a corner, within its polygon, that have the same vertex as it: a repeated
-// corner belongs to the same sector, though the edges touch only the first and the last of a repetition.
-template <class Visit>
-void VisitRepeats(const PolyView& polys, std::int32_t poly, std::int32_t rel, Visit&& visit)
-{
-    const ELEMENT& element = polys[poly];
-    const std::int32_t* const ring = polys.sets + element.start;
-    const std::int32_t last = element.length - 1;
-    const bool closed = element.IsFace();
-    const auto next = [&](std::int32_t k) { return k < last ? k + 1 : closed ? 0 : rel; };
-    const auto previous = [&](std::int32_t k) { return k > 0 ? k - 1 : closed ? last : rel; };
-    for (std::int32_t k = next(rel); k != rel && ring[k] == ring[rel]; k = next(k))
-        visit(element.start + k);
-    for (std::int32_t k = previous(rel); k != rel && ring[k] == ring[rel]; k = previous(k))
-        visit(element.start + k);
-}
-
-// Disjoint sets of corners. A root holds itself, or the complement of a value given to its set.
-class CornerSets
-{
-public:
-    bool Init(std::int64_t numCorners) { return mParent.SetCountForWriting(numCorners); }
-    void Reset(std::int32_t corner) { mParent.Data()[corner] = corner; }
-    std::int32_t Root(std::int32_t corner)
-    {
-        std::int32_t* const parent = mParent.Data();
-        for (;;)
-        {
-            const std::int32_t above = parent[corner];
-            if (above < 0 || above == corner)
-                return corner;
-            if (parent[above] >= 0)
-                parent[corner] = parent[above];
-            corner = above;
-        }
-    }
-    void Join(std::int32_t a, std::int32_t b)
-    {
-        a = Root(a);
-        b = Root(b);
-        mParent.Data()[std::max(a, b)] = std::min(a, b);
-    }
-    bool HasValue(std::int32_t root) const { return mParent.Data()[root] < 0; }
-    std::int32_t Value(std::int32_t root) const { return ~mParent.Data()[root]; }
-    void SetValue(std::int32_t root, std::int32_t value) { mParent.Data()[root] = ~value; }
-
-private:
-    BArray<std::int32_t> mParent; // only corners around split vertices are ever touched
-};
 
 class SectorSplitter
 {
@@ -219,7 +141,7 @@ public:
         for (const std::int32_t v : mVerts)
             RedirectCorners(v);
         for (const std::int32_t v : mVerts)
-            if (!WriteCreaseData(v))
+            if (!WriteCreaseData(mMesh, v, mSets))
                 return false;
         return true;
     }
@@ -231,17 +153,6 @@ private:
         kSplit,
         kKept, // some sector keeps the original
     };
-
-    // Calls visit(edge, atV1) for each edge at a vertex, newest first.
-    template <class Visit>
-    void VisitEdges(std::int32_t v, Visit&& visit) const
-    {
-        for (std::int32_t l = mMesh.firstLink[std::size_t(v)]; l >= 0; l = mMesh.links[std::size_t(l)].next)
-        {
-            VXEdge& edge = mMesh.edges[std::size_t(mMesh.links[std::size_t(l)].edge)];
-            visit(edge, edge.VertIndex1() == v);
-        }
-    }
 
     // Calls visit(v, end) for both ends of each crease edge.
     template <class Visit>
@@ -275,7 +186,7 @@ private:
             mSectors.Reset(mMesh.Corner(poly, rel));
             VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSectors.Reset(repeat); });
         };
-        VisitEdges(v,
+        VisitEdges(mMesh, v,
                    [&](const VXEdge& edge, bool atV1)
                    {
                        const EdgeEnd end = EndAt(edge, atV1);
@@ -289,7 +200,7 @@ private:
             VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSectors.Join(corner, repeat); });
             return corner;
         };
-        VisitEdges(v,
+        VisitEdges(mMesh, v,
                    [&](const VXEdge& edge, bool atV1)
                    {
                        const EdgeEnd end = EndAt(edge, atV1);
@@ -349,7 +260,7 @@ private:
             mSets[corner] = vert;
             VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSets[repeat] = vert; });
         };
-        VisitEdges(v,
+        VisitEdges(mMesh, v,
                    [&](const VXEdge& edge, bool atV1)
                    {
                        const EdgeEnd end = EndAt(edge, atV1);
@@ -357,34 +268,6 @@ private:
                        if (end.poly2 >= 0)
                            redirect(end.poly2, end.rel2);
                    });
-    }
-
-    // The vertices that an edge's corners use at one end; -1 for the polygon that is not there.
-    std::pair<std::int32_t, std::int32_t> Used(const EdgeEnd& end) const
-    {
-        return {mSets[mMesh.Corner(end.poly1, end.rel1)],
-                end.poly2 >= 0 ? mSets[mMesh.Corner(end.poly2, end.rel2)] : -1};
-    }
-
-    // Only edges with a redirected corner need crease data; the others answer their plain vertices.
-    bool WriteCreaseData(std::int32_t v)
-    {
-        bool done = true;
-        VisitEdges(v,
-                   [&](VXEdge& edge, bool atV1)
-                   {
-                       const auto [here1, here2] = Used(EndAt(edge, atV1));
-                       if (here1 != v || edge.IsCreaseEdge())
-                           edge.SetFlag(atV1 ? EdgeFlag::P1V1Classified : EdgeFlag::P1V2Classified, true);
-                       if (here2 >= 0 && (here2 != v || edge.IsCreaseEdge()))
-                           edge.SetFlag(atV1 ? EdgeFlag::P2V1Classified : EdgeFlag::P2V2Classified, true);
-                       if (edge.HasCreaseData() || (here1 == v && (here2 == v || here2 < 0)))
-                           return;
-                       const auto [there1, there2] = Used(EndAt(edge, !atV1));
-                       done = done && (atV1 ? edge.CreateCreaseData(here1, there1, here2, there2)
-                                            : edge.CreateCreaseData(there1, here1, there2, here2));
-                   });
-        return done;
     }
 
     const CreaseMesh& mMesh;
@@ -426,24 +309,23 @@ void SplitVertexUVs(const CreaseMesh& mesh, std::int32_t v, const std::int32_t* 
 
 } // namespace
 
+bool ReachesAngle(float dot, float degrees)
+{
+    return std::acos(double(dot < kLeast ? kLeast : dot > kMost ? kMost : dot)) >= Radians(degrees);
+}
+
 bool ClassifyEdges(const CreaseMesh& mesh, const CreaseRules& rules, BArray<std::int32_t>& creases)
 {
-    constexpr std::uint32_t kCrease = std::uint32_t(EdgeFlag::CreaseEdge),
-                            kSmooth = std::uint32_t(EdgeFlag::SmoothEdge);
-    constexpr std::uint32_t kCleared =
-        kCrease | kSmooth | std::uint32_t(EdgeFlag::P1V1Classified) | std::uint32_t(EdgeFlag::P1V2Classified) |
-        std::uint32_t(EdgeFlag::P2V1Classified) | std::uint32_t(EdgeFlag::P2V2Classified);
     const EdgeClassifier classifier(mesh, rules);
     creases.Empty();
     for (std::size_t e = 0; e < mesh.edges.size(); ++e)
     {
         VXEdge& edge = mesh.edges[e];
         edge.FreeCreaseData();
-        std::uint32_t kind = kSmooth;
-        if (edge.PolyIndex2() >= 0)
-            kind = classifier.IsHard(edge) ? kCrease : classifier.IsSeam(edge) ? kCrease | kSmooth : kSmooth;
-        edge.SetFlags((edge.Flags() & ~kCleared) | kind);
-        if ((kind & kCrease) && !creases.Append(std::int32_t(e)))
+        const bool hard = edge.PolyIndex2() >= 0 && classifier.IsHard(edge);
+        const bool crease = hard || (edge.PolyIndex2() >= 0 && classifier.IsSeam(edge));
+        SetKind(edge, crease, !hard);
+        if (crease && !creases.Append(std::int32_t(e)))
             return false;
     }
     return true;
@@ -453,6 +335,29 @@ bool SplitSectors(const CreaseMesh& mesh, std::span<const std::int32_t> creases,
                   BArray<std::int32_t>& originals, BArray<std::uint8_t>& split)
 {
     return SectorSplitter(mesh, creases, sets, originals, split).Run();
+}
+
+bool WriteCreaseData(const CreaseMesh& mesh, std::int32_t v, const std::int32_t* sets)
+{
+    const auto used = [&](std::int32_t poly, std::int32_t rel)
+    { return poly >= 0 ? sets[mesh.Corner(poly, rel)] : -1; };
+    bool done = true;
+    VisitEdges(mesh, v,
+               [&](VXEdge& edge, bool atV1)
+               {
+                   const EdgeEnd end = EndAt(edge, atV1), other = EndAt(edge, !atV1);
+                   const std::int32_t here1 = used(end.poly1, end.rel1), here2 = used(end.poly2, end.rel2);
+                   if (here1 != v || edge.IsCreaseEdge())
+                       edge.SetFlag(atV1 ? EdgeFlag::P1V1Classified : EdgeFlag::P1V2Classified, true);
+                   if (here2 >= 0 && (here2 != v || edge.IsCreaseEdge()))
+                       edge.SetFlag(atV1 ? EdgeFlag::P2V1Classified : EdgeFlag::P2V2Classified, true);
+                   if (edge.HasCreaseData() || (here1 == v && (here2 == v || here2 < 0)))
+                       return;
+                   const std::int32_t there1 = used(other.poly1, other.rel1), there2 = used(other.poly2, other.rel2);
+                   done = done && (atV1 ? edge.CreateCreaseData(here1, there1, here2, there2)
+                                        : edge.CreateCreaseData(there1, here1, there2, here2));
+               });
+    return done;
 }
 
 void CornerUVs(const CreaseMesh& mesh, const std::int32_t* sets, std::span<const std::uint8_t> split,

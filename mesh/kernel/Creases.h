@@ -5,6 +5,7 @@
 #include "mesh/VXEdge.h"
 #include "mesh/kernel/Polys.h"
 
+#include <cmath>
 #include <span>
 
 /// @file
@@ -35,6 +36,33 @@ struct CreaseRules
     const std::int32_t* normalSets = nullptr; ///< corner normal of each corner
 };
 
+inline constexpr float kSameValue = 0.000001f; ///< corner normals and texture coordinates closer than this are the same
+
+inline bool CornersDiffer(float a, float b) { return std::fabs(a - b) > kSameValue; }
+inline bool CornersDiffer(const T_VERTEX& a, const T_VERTEX& b)
+{
+    return CornersDiffer(a.u, b.u) || CornersDiffer(a.v, b.v);
+}
+inline bool CornersDiffer(const VERTEX& a, const VERTEX& b)
+{
+    return CornersDiffer(a.x, b.x) || CornersDiffer(a.y, b.y) || CornersDiffer(a.z, b.z);
+}
+
+/// Whether the angle between two normals makes a crease: "at least". Angles are read as between 0.81 and 179.74
+/// degrees; a dot product that is not a number makes none.
+bool ReachesAngle(float dot, float degrees);
+
+/// Sets an edge's crease and smooth flags and clears its Classified flags.
+inline void SetKind(VXEdge& edge, bool crease, bool smooth)
+{
+    constexpr std::uint32_t kCrease = std::uint32_t(EdgeFlag::CreaseEdge),
+                            kSmooth = std::uint32_t(EdgeFlag::SmoothEdge);
+    constexpr std::uint32_t kCleared =
+        kCrease | kSmooth | std::uint32_t(EdgeFlag::P1V1Classified) | std::uint32_t(EdgeFlag::P1V2Classified) |
+        std::uint32_t(EdgeFlag::P2V1Classified) | std::uint32_t(EdgeFlag::P2V2Classified);
+    edge.SetFlags((edge.Flags() & ~kCleared) | (crease ? kCrease : 0u) | (smooth ? kSmooth : 0u));
+}
+
 /// Sets the smooth or crease flag of every edge anew, clears the Classified flags and drops crease data. Edges between
 /// polygons of different smoothing groups, with corner normals that differ, or at the crease angle or more become
 /// creases; texture seams become crease and stay smooth. Open edges are smooth.
@@ -52,6 +80,10 @@ bool ClassifyEdges(const CreaseMesh& mesh, const CreaseRules& rules, BArray<std:
 /// @return false when memory ran out; some edges may then have crease data
 bool SplitSectors(const CreaseMesh& mesh, std::span<const std::int32_t> creases, std::int32_t* sets,
                   BArray<std::int32_t>& originals, BArray<std::uint8_t>& split);
+
+/// Crease data and Classified flags of the edges around a vertex whose corners were redirected.
+/// @param sets the redirected corner index array  @return false when memory ran out
+bool WriteCreaseData(const CreaseMesh& mesh, std::int32_t v, const std::int32_t* sets);
 
 /// The texture coordinate of each vertex and crease vertex: that of a corner which uses it, namely the last one when
 /// all edges write theirs in order. (0, 0) where that corner has none and at vertices without edges.
