@@ -33,6 +33,7 @@ const std::vector<RatioRow> kRatios = {
     {"Catmull-Clark with UVs / OpenSubdiv", {"Subdiv/velmar"}, {"Subdiv/opensubdiv"}, 3},
     {"Catmull-Clark / OpenMesh", {"Subdiv/velmar"}, {"Subdiv/openmesh"}, 3},
     {"Catmull-Clark / CGAL", {"Subdiv/velmar"}, {"Subdiv/cgal"}, 3},
+    {"groups by the nearest polygon / nanoflann", {"Groups/velmar"}, {"Groups/nanoflann"}, 1 / 1.5},
     {"read, wrap, edges, creases, normals / tinyobjloader + OpenMesh",
      {"Whole/velmar"},
      {"ObjRead/tinyobjloader", "Edges/openmesh", "Normals/openmesh"},
