@@ -2,6 +2,7 @@
 
 #include "mesh/kernel/CatmullClark.h"
 
+#include <new>
 #include <numeric>
 
 void VXGeom::SubdivideCatmullClark(VXGeom* dest)
@@ -37,8 +38,15 @@ bool VXGeom::FillSubdivided(VXGeom& dest) const
 
 bool VXGeom::TakeMaterials(const GEOM& from)
 {
-    mGeom->materials = from.materials;
-    mGeom->materialFiles = from.materialFiles;
+    try
+    {
+        mGeom->materials = from.materials;
+        mGeom->materialFiles = from.materialFiles;
+    }
+    catch (const std::bad_alloc&) // a name
+    {
+        return false;
+    }
     return mGeom->materials.Count() == from.materials.Count() &&
            mGeom->materialFiles.Count() == from.materialFiles.Count();
 }

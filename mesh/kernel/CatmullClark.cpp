@@ -211,6 +211,7 @@ struct QuadWriter
     CatmullTarget target; // a copy: what is stored cannot change it
     std::int32_t poly = 0;
     std::uint16_t material = 0;
+    std::int32_t texLength = 0; // 4; children of a polygon without texture coordinates have none
 
     // Of the old vertex, its edge, the face, the edge before it: vertices and, with texture coordinates, texture
     // vertices.
@@ -226,7 +227,7 @@ struct QuadWriter
         if constexpr (Textured)
         {
             std::memcpy(target.texSets + 4 * std::int64_t(q), texVerts, sizeof texVerts);
-            target.texPolys[q] = {4 * q, 4};
+            target.texPolys[q] = {4 * q, texLength};
         }
     }
 };
@@ -284,7 +285,7 @@ inline std::int32_t SplitPlain(const Step& step, const QuadWriter& writer, std::
         {
             const std::uint32_t edge = edges[k];
             const std::int32_t nextTex = texRing.At(k + 1 < length ? k + 1 : 0);
-            if (texRing.length > 0)
+            if (writer.texLength > 0)
                 WriteEdgeTexPoint(step, edge, tex, nextTex);
             writer.Write<true>(q++, {ring[k], step.EdgePoint(edge), face, step.EdgePoint(before)},
                                {tex, step.EdgeTexPoint(edge), texFace, step.EdgeTexPoint(before)});
@@ -381,7 +382,7 @@ std::int32_t SplitByWalking(const Step& step, const QuadWriter& writer, std::int
     if constexpr (Textured)
     {
         texRing.emplace(step, poly);
-        for (std::int32_t k = 0; k < length && texRing->length > 0; ++k)
+        for (std::int32_t k = 0; k < length && writer.texLength > 0; ++k)
             if (edges[k] != kNoEdge)
                 WriteEdgeTexPoint(step, edges[k], texRing->At(k), texRing->At(own.After(k)));
     }
@@ -416,7 +417,7 @@ std::int32_t WriteQuads(const Step& step)
         const ELEMENT& element = step.source.polys[p];
         const std::int32_t length = step.Length(p);
         const std::int32_t* const ring = step.source.polys.sets + element.start;
-        const QuadWriter writer{step.target, p, element.material};
+        const QuadWriter writer{step.target, p, element.material, Textured && TexRing(step, p).length > 0 ? 4 : 0};
         q = IsPlain(step, p, element.IsFace(), ring, length) ? SplitPlain<Textured>(step, writer, q, ring, length)
                                                              : SplitByWalking<Textured>(step, writer, q, ring, length);
     }

@@ -1,7 +1,9 @@
+#include "base/MEM.h"
 #include "engine/VXObject.h"
 #include "engine/VXObjectDelegate.h"
 #include "engine/VXScene.h"
 #include "engine/VXSceneDelegate.h"
+#include "engine/VXSwitches.h"
 #include "mesh/VXGeom.h"
 #include "tests/support/Meshes.h"
 
@@ -33,9 +35,10 @@ struct Munger : VXObjectDelegate
 struct HostDelegate : VXSceneDelegate
 {
     bool creases = false;
-    int failures = 0;
+    int failures = 0, rebuilds = 0;
     bool AllowCreaseVertsForSubdiv() override { return creases; }
     void NotifyForFailedSubdivision(VXObject*) override { ++failures; }
+    void SubdivisionWillRebuild(bool, int, E_SubdivScheme) override { ++rebuilds; }
 };
 } // namespace
 
@@ -155,6 +158,96 @@ TEST(RebuildSubDiv, MaterialsOfTheControlMeshReachPresentLevels)
     object.RebuildSubDiv();
     EXPECT_EQ(object.SubdivGeom(0)->MaterialPointer(0), &material);
     EXPECT_EQ(object.SubdivGeom(1)->MaterialPointer(0), &material);
+}
+
+TEST(RebuildSubDiv, EveryLevelIsFinerAndKeepsItsSnapshotUndeformed)
+{
+    for (const bool openSubdiv : {false, VXSwitches::OpenSubdivOn()}) // on where it is compiled in
+    {
+        SCOPED_TRACE(openSubdiv);
+        VXScene scene;
+        HostDelegate host;
+        scene.SetSceneDelegate(&host);
+        const VXSwitches::Scoped scheme(VXSwitches::OpenSubdivOn, VXSwitches::SetOpenSubdivOn, openSubdiv);
+        const auto cube = GeomOf(Cube());
+        VXObject object;
+        Munger munger;
+        object.SetGeom(cube.get(), false);
+        object.SetDelegate(&munger);
+        object.SetUsesTangents(true);
+        object.SetCurSubDivLevel(3);
+        EXPECT_EQ(object.RebuildSubDiv(), 0);
+        for (int level = 0, quads = 6; level <= 3; ++level, quads *= 4)
+        {
+            VXGeom& geom = *object.SubdivGeom(level);
+            EXPECT_EQ(geom.NumPolys(), quads);
+            EXPECT_FALSE(geom.IncludesLines() || geom.IncludesPoints());
+            if (level == 0)
+                continue;
+            ASSERT_NE(geom.PreMungeVerts(), nullptr);
+            EXPECT_EQ(geom.Vertex(7)->z, geom.PreMungeVerts()[7].z + 100) << level;
+            EXPECT_GT(Length(*geom.VertNormal(7)), 0.99f);
+        }
+        EXPECT_EQ(object.CurSubdivGeom(true), object.SubdivGeom(3));
+        EXPECT_EQ(object.DrawGeom(kDrawGeomSurface), object.SubdivGeom(3)); // the scene shows surfaces
+        const std::vector<VERTEX> first(object.SubdivGeom(3)->Verts(), object.SubdivGeom(3)->Verts() + 386);
+        object.RebuildSubDiv(); // into the meshes that are there now
+        for (std::size_t v = 0; v < first.size(); ++v)
+            EXPECT_EQ(*object.SubdivGeom(3)->Vertex(int(v)), first[v]);
+        EXPECT_EQ(host.rebuilds, openSubdiv ? 3 : 0); // the second time only positions were refined
+    }
+}
+
+TEST(RebuildSubDiv, WhatOpenSubdivCannotRefineStaysAsItIs)
+{
+    if (!VXSwitches::OpenSubdivOn())
+        GTEST_SKIP() << "built without OpenSubdiv";
+    VXScene scene;
+    HostDelegate host;
+    scene.SetSceneDelegate(&host);
+    const GeomPtr record = Cube().Record();
+    record->Poly(0)->type = kElementLine;
+    VXGeom control(record.get());
+    VXObject object;
+    object.SetGeom(&control, false);
+    object.SetCurSubDivLevel(2);
+    object.Subdivide();
+    EXPECT_EQ(host.failures, 1);
+    EXPECT_EQ(object.RebuildSubDiv(), -1);
+    for (int level = 0; level <= 2; ++level)
+        EXPECT_EQ(object.SubdivGeom(level)->NumPolys(), 6);
+    EXPECT_TRUE(object.SubdivGeom(2)->IncludesLines());
+}
+
+TEST(RebuildSubDiv, RefusesMoreLevelsThanFifteenAndDropsALevelThatFails)
+{
+    VXScene scene;
+    HostDelegate host;
+    scene.SetSceneDelegate(&host);
+    const VXSwitches::Scoped own(VXSwitches::OpenSubdivOn, VXSwitches::SetOpenSubdivOn, false);
+    const auto cube = GeomOf(Cube());
+    VXObject object;
+    object.SetGeom(cube.get(), false);
+    object.SetCurSubDivLevel(16);
+    EXPECT_EQ(object.RebuildSubDiv(), -1);
+    EXPECT_EQ(object.SubdivGeom(1), nullptr);
+
+    int dropped = 0;
+    object.SetCurSubDivLevel(1);
+    for (int n = 1; n < 150; ++n)
+    {
+        object.SetSubdivDirty(true);
+        const int failures = host.failures;
+        MEM_FailAfter(n);
+        object.Subdivide();
+        MEM_FailAfter(0);
+        const bool failed = host.failures > failures;
+        EXPECT_TRUE(failed || object.SubdivGeom(1)->NumPolys() == 24) << n;
+        dropped += failed && object.SubdivGeom(0) && !object.SubdivGeom(1) ? 1 : 0;
+    }
+    EXPECT_GT(dropped, 3);
+    EXPECT_EQ(object.RebuildSubDiv(), 0);
+    MEM_SetAllocationFailed(false);
 }
 
 TEST(Subdivide, RunsOnceForEachTimeItIsMarkedStaleAndReportsFailure)
