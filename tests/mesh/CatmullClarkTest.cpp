@@ -13,53 +13,45 @@
 
 namespace
 {
-/// What subdivision leaves in a record, compared bit for bit.
-struct Quads
-{
-    std::vector<VERTEX> verts;
-    std::vector<T_VERTEX> texVerts;
-    std::vector<std::array<int, 4>> corners, texCorners; ///< of the quads made, without empty slots
-    std::vector<int> materials, parents, texLengths;
-};
-
-T_VERTEX Mean(const T_VERTEX& a, const T_VERTEX& b) { return {(a.u + b.u) * 0.5f, (a.v + b.v) * 0.5f}; }
+/// A quad: parent, material, its vertices, texture length, its texture vertices. All but the parent of an empty slot,
+/// -1, is 0.
+using QuadRow = std::array<int, 11>;
 
 // The rules one by one, by searching the chains of the edge list for every corner. Slow, and close to how they are
 // told.
-class Reference
+class Told
 {
 public:
-    explicit Reference(VXGeom& geom) : mGeom(geom), mRecord(*geom.Geom()), mList(geom.EdgeList())
+    explicit Told(VXGeom& geom)
+        : mRecord(*geom.Geom()), mList(geom.EdgeList()), mNumVerts(geom.NumVerts(true)), mNumPolys(geom.NumPolys()),
+          mNumTex(mRecord.tex ? mRecord.tex->numVerts : 0)
     {
-        mNumVerts = geom.NumVerts(true);
-        mNumPolys = geom.NumPolys();
-        mNumTex = mRecord.tex ? mRecord.tex->numVerts : 0;
-        mCorners = 0;
+        int numCorners = 0;
         for (int p = 0; p < mNumPolys; ++p)
-            mCorners += mRecord.Poly(p)->length;
-        FacePoints();
-        EdgePoints();
-        VertexPoints();
+            numCorners += mRecord.Poly(p)->length;
+        verts.resize(std::size_t(mNumVerts + mNumPolys + mList.GetEdgeCount()));
+        texVerts.resize(std::size_t(mNumTex > 0 ? mNumTex + mNumPolys + 2 * numCorners : 0));
+        if (mNumTex > 0)
+            std::copy_n(mRecord.tex->verts, mNumTex, texVerts.begin());
+        GEOM_CalcPolyCentroids(&mRecord, verts.data() + mNumVerts, mNumTex > 0 ? texVerts.data() + mNumTex : nullptr);
+        for (int e = 0; e < mList.GetEdgeCount(); ++e)
+            EdgePoint(e, mList.GetEdge(e));
+        for (int e = 0; e < mList.GetEdgeCount() && mNumTex > 0; ++e)
+            EdgeTexPoints(mList.GetEdge(e), texVerts.data() + mNumTex + mNumPolys + 2 * e);
+        for (int v = 0; v < mNumVerts; ++v)
+            VertexPoint(v);
         for (int p = 0; p < mNumPolys; ++p)
             Split(p);
+        quads.resize(std::size_t(numCorners), {-1});
     }
-    Quads out;
+
+    std::vector<VERTEX> verts;
+    std::vector<T_VERTEX> texVerts;
+    std::vector<QuadRow> quads;
 
 private:
-    void FacePoints()
-    {
-        out.verts.resize(std::size_t(mNumVerts + mNumPolys + mList.GetEdgeCount()));
-        if (mNumTex > 0)
-        {
-            out.texVerts.resize(std::size_t(mNumTex + mNumPolys + 2 * mCorners));
-            std::copy(mRecord.tex->verts, mRecord.tex->verts + mNumTex, out.texVerts.begin());
-        }
-        GEOM_CalcPolyCentroids(&mRecord, out.verts.data() + mNumVerts,
-                               mNumTex > 0 ? out.texVerts.data() + mNumTex : nullptr);
-    }
-
-    VERTEX Face(int p) const { return out.verts[std::size_t(mNumVerts + p)]; }
-
+    VERTEX Face(int p) const { return verts[std::size_t(mNumVerts + p)]; }
+    VERTEX Ends(const VXEdge& e) const { return mRecord.verts[e.VertIndex1()] + mRecord.verts[e.VertIndex2()]; }
     bool HasTexture(int p) const { return mRecord.PolyHasTexture(p) && mRecord.tex->polys[p].length > 0; }
     int TexCorner(int p, int rel) const
     {
@@ -68,68 +60,57 @@ private:
     }
     T_VERTEX TexMean(int p, int rel1, int rel2) const
     {
-        return Mean(out.texVerts[std::size_t(TexCorner(p, rel1))], out.texVerts[std::size_t(TexCorner(p, rel2))]);
+        const T_VERTEX a = texVerts[std::size_t(TexCorner(p, rel1))], b = texVerts[std::size_t(TexCorner(p, rel2))];
+        return {(a.u + b.u) * 0.5f, (a.v + b.v) * 0.5f};
     }
 
-    void EdgePoints()
+    void EdgePoint(int e, const VXEdge& edge)
     {
-        for (int e = 0; e < mList.GetEdgeCount(); ++e)
+        const int a = edge.PolyIndex1(), b = edge.PolyIndex2();
+        VERTEX& point = verts[std::size_t(mNumVerts + mNumPolys + e)];
+        if (a >= 0)
+            point = b >= 0 ? (Ends(edge) + Face(a) + Face(b)) * 0.25f : Ends(edge) * 0.5f;
+        else if (b >= 0)
         {
-            const VXEdge& edge = mList.GetEdge(e);
-            const int a = edge.PolyIndex1(), b = edge.PolyIndex2();
-            const VERTEX ends = mRecord.verts[edge.VertIndex1()] + mRecord.verts[edge.VertIndex2()];
-            VERTEX& point = out.verts[std::size_t(mNumVerts + mNumPolys + e)];
-            if (a >= 0 && b >= 0)
-                point = (ends + Face(a) + Face(b)) * 0.25f;
-            else if (a >= 0)
-                point = ends * 0.5f;
-            else if (b >= 0)
-            {
-                const VERTEX sum = ends + Face(b);
-                point = {float(sum.x * 0.333333333), float(sum.y * 0.333333333), float(sum.z * 0.333333333)};
-            }
-            if (mNumTex == 0)
-                continue;
-            T_VERTEX* const slot = out.texVerts.data() + mNumTex + mNumPolys + 2 * e;
-            if (a >= 0 && HasTexture(a))
-                slot[0] = TexMean(a, edge.RelIndexP1V1(), edge.RelIndexP1V2());
-            if (b >= 0 && HasTexture(b))
-                slot[1] = TexMean(b, edge.RelIndexP2V1(), edge.RelIndexP2V2());
-            else if (b < 0)
-                slot[1] = slot[0];
+            const VERTEX sum = Ends(edge) + Face(b);
+            point = {float(sum.x * 0.333333333), float(sum.y * 0.333333333), float(sum.z * 0.333333333)};
         }
     }
 
-    void VertexPoints()
+    void EdgeTexPoints(const VXEdge& edge, T_VERTEX* slots) const
     {
-        for (int v = 0; v < mNumVerts; ++v)
+        const int a = edge.PolyIndex1(), b = edge.PolyIndex2();
+        if (a >= 0 && HasTexture(a))
+            slots[0] = TexMean(a, edge.RelIndexP1V1(), edge.RelIndexP1V2());
+        if (b < 0)
+            slots[1] = slots[0];
+        else if (HasTexture(b))
+            slots[1] = TexMean(b, edge.RelIndexP2V1(), edge.RelIndexP2V2());
+    }
+
+    void VertexPoint(int v)
+    {
+        double q[3] = {}, r[3] = {};
+        int n = 0;
+        VERTEX& point = verts[std::size_t(v)];
+        point = mRecord.verts[v];
+        const bool linked = v < mList.GetVertexLinkCount();
+        for (int l = linked ? mList.GetFirstVertexLink(v) : -1; l >= 0; l = mList.GetNextVertexLink(l), ++n)
         {
-            double q[3] = {}, r[3] = {};
-            int n = 0;
-            bool border = false;
-            const bool linked = v < mList.GetVertexLinkCount();
-            for (int l = linked ? mList.GetFirstVertexLink(v) : -1; l >= 0; l = mList.GetNextVertexLink(l), ++n)
+            const VXEdge& edge = mList.GetEdge(mList.GetEdgefromVertexLink(l));
+            if (edge.PolyIndex1() < 0 || edge.PolyIndex2() < 0)
+                return;
+            const VERTEX faces = Face(edge.PolyIndex1()) + Face(edge.PolyIndex2()), ends = Ends(edge);
+            for (int i = 0; i < 3; ++i)
             {
-                const VXEdge& edge = mList.GetEdge(mList.GetEdgefromVertexLink(l));
-                border = border || edge.PolyIndex1() < 0 || edge.PolyIndex2() < 0;
-                if (border)
-                    break;
-                const VERTEX faces = Face(edge.PolyIndex1()) + Face(edge.PolyIndex2());
-                const VERTEX ends = mRecord.verts[edge.VertIndex1()] + mRecord.verts[edge.VertIndex2()];
-                for (int i = 0; i < 3; ++i)
-                {
-                    q[i] += (&faces.x)[i];
-                    r[i] += (&ends.x)[i];
-                }
+                q[i] += (&faces.x)[i];
+                r[i] += (&ends.x)[i];
             }
-            const VERTEX p = mRecord.verts[v];
-            VERTEX& point = out.verts[std::size_t(v)];
-            point = p;
-            for (int i = 0; i < 3 && n > 0 && !border; ++i)
-                (&point.x)[i] = float(
-                    (q[i] * (1.0 / (2 * n)) + 2 * (r[i] * (1.0 / (2 * n))) + (double(n) - 3) * double((&p.x)[i])) *
-                    (1.0 / n));
         }
+        const double half = n > 0 ? 1.0 / (2 * n) : 0;
+        for (int i = 0; i < 3 && n > 0; ++i)
+            (&point.x)[i] =
+                float((q[i] * half + 2 * (r[i] * half) + (double(n) - 3) * double((&point.x)[i])) * (1.0 / n));
     }
 
     void Split(int p)
@@ -138,68 +119,66 @@ private:
         const std::int32_t* const ring = mRecord.sets + element.start;
         if (element.length < 2)
             return;
+        const int firstEdge = mNumVerts + mNumPolys, firstTex = mNumTex + mNumPolys;
         const int start = mList.FindEdge(ring[0], ring[1], p);
         for (int e = start, made = 0; e >= 0 && made < element.length; ++made)
         {
             const VXEdge& edge = mList.GetEdge(e);
-            const bool sideA = edge.PolyIndex1() == p;
-            const bool fromV1 = sideA || !edge.IsEdgeOrderedProperly();
+            const bool sideA = edge.PolyIndex1() == p, fromV1 = sideA || !edge.IsEdgeOrderedProperly();
             const int c = fromV1 ? edge.VertIndex1() : edge.VertIndex2();
             const int rel = sideA ? edge.RelIndexP1V1() : fromV1 ? edge.RelIndexP2V1() : edge.RelIndexP2V2();
-            const int before = mList.NextEdgePoly(&edge, p, fromV1);
-            const int uv = TexCorner(p, rel);
-            const int firstTex = mNumTex + mNumPolys, firstEdge = mNumVerts + mNumPolys;
-            const int beforeUV =
-                before < 0 ? uv : firstTex + 2 * before + (mList.GetEdge(before).PolyIndex1() == p ? 0 : 1);
-            out.corners.push_back({c, firstEdge + e, mNumVerts + p, before < 0 ? c : firstEdge + before});
-            out.texCorners.push_back({uv, firstTex + 2 * e + (sideA ? 0 : 1), mNumTex + p, beforeUV});
-            out.materials.push_back(element.material);
-            out.parents.push_back(p);
-            out.texLengths.push_back(HasTexture(p) ? 4 : 0);
+            const int before = mList.NextEdgePoly(&edge, p, fromV1), uv = TexCorner(p, rel);
+            const int side = before >= 0 && mList.GetEdge(before).PolyIndex1() != p ? 1 : 0;
+            QuadRow row{p, element.material, c, firstEdge + e, mNumVerts + p, before < 0 ? c : firstEdge + before};
+            if (mNumTex > 0)
+                std::ranges::copy(std::array{HasTexture(p) ? 4 : 0, uv, firstTex + 2 * e + (sideA ? 0 : 1), mNumTex + p,
+                                             before < 0 ? uv : firstTex + 2 * before + side},
+                                  row.begin() + 6);
+            quads.push_back(row);
             e = mList.NextEdgePoly(&edge, p, !fromV1);
             if (e == start)
                 break;
         }
     }
 
-    VXGeom& mGeom;
     const GEOM& mRecord;
     const VXEdgeList& mList;
-    int mNumVerts, mNumPolys, mNumTex, mCorners;
+    int mNumVerts, mNumPolys, mNumTex;
 };
 
 template <class T>
-bool SameBits(const T* a, const T* b, std::size_t count)
+bool SameBits(const T* a, const std::vector<T>& b)
 {
-    return count == 0 || std::memcmp(a, b, count * sizeof(T)) == 0;
+    return b.empty() || std::memcmp(a, b.data(), b.size() * sizeof(T)) == 0;
 }
 
 void ExpectAsTold(VXGeom& source, const char* name)
 {
     SCOPED_TRACE(name);
-    const Quads told = Reference(source).out;
+    const Told told(source);
     VXGeom dest;
     dest.SetGenerateCreases(false);
     source.SubdivideCatmullClark(&dest);
     const GEOM& g = *dest.Geom();
     ASSERT_EQ(std::size_t(g.numVerts), told.verts.size());
-    EXPECT_TRUE(SameBits(g.verts, told.verts.data(), told.verts.size()));
+    EXPECT_TRUE(SameBits(g.verts, told.verts));
     ASSERT_EQ(g.tex ? std::size_t(g.tex->numVerts) : 0, told.texVerts.size());
-    EXPECT_TRUE(!g.tex || SameBits(g.tex->verts, told.texVerts.data(), told.texVerts.size()));
-    const std::size_t numQuads = told.corners.size();
-    ASSERT_LE(numQuads, std::size_t(g.numPolys));
-    EXPECT_TRUE(SameBits(g.sets, told.corners.data()->data(), 4 * numQuads));
-    EXPECT_TRUE(!g.tex || SameBits(g.tex->sets, told.texCorners.data()->data(), 4 * numQuads));
+    EXPECT_TRUE(!g.tex || SameBits(g.tex->verts, told.texVerts));
+    ASSERT_EQ(std::size_t(g.numPolys), told.quads.size());
     for (int q = 0; q < g.numPolys; ++q)
     {
-        const bool made = std::size_t(q) < numQuads;
         const ELEMENT& quad = *g.Poly(q);
-        EXPECT_EQ(quad.length, made ? 4 : 0) << q;
-        EXPECT_EQ(quad.start, made ? 4 * q : 0) << q;
-        EXPECT_EQ(quad.material, made ? told.materials[std::size_t(q)] : 0) << q;
+        const bool made = told.quads[std::size_t(q)][0] >= 0;
+        QuadRow row{dest.SubdivPolyRemapTable()[q], quad.material};
+        std::copy_n(g.sets + 4 * q, 4, row.begin() + 2);
+        if (g.tex && g.tex->polys)
+        {
+            row[6] = g.tex->polys[q].length;
+            std::copy_n(g.tex->sets + 4 * q, 4, row.begin() + 7);
+        }
+        EXPECT_EQ(row, told.quads[std::size_t(q)]) << q;
+        EXPECT_TRUE(quad.length == (made ? 4 : 0) && quad.start == (made ? 4 * q : 0)) << q;
         EXPECT_EQ(quad.type + quad.flags + quad.GroupWord(0), 0u) << q;
-        EXPECT_EQ(dest.SubdivPolyRemapTable()[q], made ? told.parents[std::size_t(q)] : -1) << q;
-        EXPECT_TRUE(!g.tex || g.tex->polys[q].length == (made ? told.texLengths[std::size_t(q)] : 0)) << q;
     }
     ASSERT_EQ(dest.SubdivVertRemapTable().Count(), source.NumVerts(true));
     for (int v = 0; v < source.NumVerts(true); ++v)
@@ -212,17 +191,6 @@ std::unique_ptr<VXGeom> GeomOf(const GEOM& record, bool creases = false)
     geom->SetGenerateCreases(creases);
     geom->SetGeom(const_cast<GEOM*>(&record), true);
     return geom;
-}
-
-VXGeom* Subdivided(VXGeom& source, VXGeom& dest, int levels)
-{
-    source.SubdivideCatmullClark(&dest);
-    for (; levels > 1; --levels)
-    {
-        const std::unique_ptr<VXGeom> last(dest.Clone(true));
-        last->SubdivideCatmullClark(&dest);
-    }
-    return &dest;
 }
 
 // Random texture runs: none, too short, or as long as the polygon; then fewer texture polygons than polygons.
@@ -241,14 +209,6 @@ void TextureAtRandom(GEOM& g, std::mt19937& random)
         g.tex->polys[p] = {length > 0 ? e.start : 0, length};
     }
     g.tex->numPolys -= int(random() % 3);
-}
-
-bool IsClosed(const VXGeom& geom)
-{
-    for (int e = 0; e < geom.EdgeList().GetEdgeCount(); ++e)
-        if (geom.EdgeList().GetEdge(e).IsOpenEdge())
-            return false;
-    return true;
 }
 
 bool OnlyFaces(const VXGeom& geom)
@@ -275,6 +235,38 @@ std::vector<bool> InsideOf(VXGeom& geom)
             inside[std::size_t(v)] = false;
     }
     return inside;
+}
+
+// Compares one step where the two schemes are the same: inside. Elsewhere they differ by design: OpenSubdiv moves
+// borders along themselves and makes everything that is no surface sharp. Crease vertices, which would count as
+// vertices of their own here, must be off. False without OpenSubdiv.
+bool EqualsOpenSubdivInside(VXGeom& source, const char* name)
+{
+    SCOPED_TRACE(name);
+    VXGeom ours, theirs;
+    ours.SetGenerateCreases(false);
+    theirs.SetGenerateCreases(false);
+    source.SubdivideCatmullClark(&ours);
+    if (source.SubdivideOpenSubDiv(&theirs, 1, kSubdivSchemeOther, true) != 0)
+        return false;
+    EXPECT_EQ(ours.NumPolys(), theirs.NumPolys());
+    float box[9];
+    GEOM_Stats(source.Geom(), box);
+    const float tolerance = 1e-5f * Length(VERTEX{box[3] - box[0], box[4] - box[1], box[5] - box[2]});
+    const std::vector<bool> inside = InsideOf(source);
+    const std::int32_t *quad = ours.Sets(false), *peer = theirs.Sets(false);
+    int compared = 0, apart = 0;
+    for (int q = 0; q < ours.NumPolys(); ++q, quad += 4, peer += 4)
+    {
+        // Both have the children of a polygon in the order of its corners, each from a corner of its own.
+        const std::ptrdiff_t turn = std::find(peer, peer + 4, theirs.SubdivVertRemapTable()[quad[0]]) - peer;
+        for (int k = inside[std::size_t(quad[0])] ? 0 : 1; k < 4; ++k, ++compared)
+            apart += Distance(*ours.Vertex(quad[k]), *theirs.Vertex(peer[(turn + k) % 4])) <= tolerance ? 0 : 1;
+        apart += turn < 4 ? 0 : 1;
+    }
+    EXPECT_EQ(apart, 0);
+    EXPECT_GE(compared, 3 * ours.NumPolys());
+    return true;
 }
 
 int UsedVerts(const VXGeom& geom)
@@ -375,68 +367,46 @@ TEST(CatmullClark, KeepsWhatASurfaceIs)
     {
         SCOPED_TRACE(mesh.name);
         const auto source = GeomOf(*mesh.Record());
-        VXGeom dest;
+        VXGeom once, dest;
+        once.SetGenerateCreases(false);
         dest.SetGenerateCreases(false);
-        Subdivided(*source, dest, 2);
+        source->SubdivideCatmullClark(&once);
+        once.SubdivideCatmullClark(&dest);
         for (int q = 0; q < dest.NumPolys(); ++q)
             ASSERT_EQ(dest.PolyLength(q), 4);
         const auto euler = [](const VXGeom& g) { return UsedVerts(g) - g.EdgeList().GetEdgeCount() + g.NumPolys(); };
         EXPECT_EQ(euler(dest), euler(*source));
-        EXPECT_EQ(IsClosed(dest), IsClosed(*source));
-        for (int e = 0; e < dest.EdgeList().GetEdgeCount() && mesh.name != MoebiusStrip(5).name; ++e)
-            EXPECT_TRUE(dest.EdgeList().GetEdge(e).IsOpenEdge() || dest.EdgeList().GetEdge(e).IsEdgeOrderedProperly());
-        float low[9], high[9];
-        GEOM_Stats(source->Geom(), low);
-        GEOM_Stats(dest.Geom(), high);
-        for (int i = 0; i < 3; ++i)
+        const auto edgesWith = [](const VXGeom& g, EdgeFlag flag)
         {
-            EXPECT_GE(high[i], low[i] - 1e-6f);
-            EXPECT_LE(high[3 + i], low[3 + i] + 1e-6f);
-        }
+            const VXEdge* const edges = g.EdgeList().Edges();
+            return std::count_if(edges, edges + g.EdgeList().GetEdgeCount(),
+                                 [flag](const VXEdge& e) { return e.Flag(flag); });
+        };
+        EXPECT_EQ(edgesWith(dest, EdgeFlag::OpenEdge), 4 * edgesWith(*source, EdgeFlag::OpenEdge));
+        const auto badlyWound = [&](const VXGeom& g)
+        {
+            return g.EdgeList().GetEdgeCount() - edgesWith(g, EdgeFlag::OpenEdge) -
+                   edgesWith(g, EdgeFlag::EdgeOrderedProperly);
+        };
+        EXPECT_EQ(badlyWound(dest), 4 * badlyWound(*source));
+        float control[9], fine[9];
+        GEOM_Stats(source->Geom(), control);
+        GEOM_Stats(dest.Geom(), fine);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(fine[i] >= control[i] - 1e-6f && fine[3 + i] <= control[3 + i] + 1e-6f);
     }
 }
 
-// Where the two schemes are the same: closed fans of polygons all wound one way. Elsewhere they differ by design:
-// OpenSubdiv moves borders along themselves and makes everything that is no surface sharp.
 TEST(CatmullClark, EqualsOpenSubdivInside)
 {
-    const auto expectEqual = [](VXGeom& source, const char* name)
-    {
-        SCOPED_TRACE(name);
-        VXGeom ours, theirs;
-        ours.SetGenerateCreases(false);
-        theirs.SetGenerateCreases(false);
-        source.SubdivideCatmullClark(&ours);
-        ASSERT_EQ(source.SubdivideOpenSubDiv(&theirs, 1, kSubdivSchemeOther, true), 0);
-        ASSERT_EQ(ours.NumPolys(), theirs.NumPolys());
-        float box[9];
-        GEOM_Stats(source.Geom(), box);
-        const float tolerance = 1e-5f * Length(VERTEX{box[3] - box[0], box[4] - box[1], box[5] - box[2]});
-        const std::vector<bool> inside = InsideOf(source);
-        const std::int32_t* const quads = ours.Sets(false);
-        const std::int32_t* const peers = theirs.Sets(false);
-        int compared = 0;
-        for (int q = 0; q < ours.NumPolys(); ++q)
-        {
-            // Both have the children of a polygon in the order of its corners, each from a corner of its own.
-            const int corner = quads[4 * q], child = theirs.SubdivVertRemapTable()[corner];
-            const std::ptrdiff_t turn = std::find(peers + 4 * q, peers + 4 * q + 4, child) - (peers + 4 * q);
-            ASSERT_LT(turn, 4) << q;
-            for (int k = inside[std::size_t(corner)] ? 0 : 1; k < 4; ++k, ++compared)
-                ASSERT_LE(Distance(*ours.Vertex(quads[4 * q + k]), *theirs.Vertex(peers[4 * q + (turn + k) % 4])),
-                          tolerance)
-                    << q << ' ' << k;
-        }
-        EXPECT_GT(compared, 3 * ours.NumPolys());
-    };
-    VXGeom probe;
-    if (GeomOf(*Cube().Record())->SubdivideOpenSubDiv(&probe, 1, kSubdivSchemeOther, true) != 0)
-        GTEST_SKIP() << "built without OpenSubdiv";
     for (const TestMesh& mesh :
          {Cube(), Torus(9, 7, false), Moved(Torus(30, 20, false), {5, 6, 7}), RoughGrid(12, 3, 1)})
-        expectEqual(*GeomOf(*mesh.Record()), mesh.name.c_str());
+        if (!EqualsOpenSubdivInside(*GeomOf(*mesh.Record()), mesh.name.c_str()))
+            GTEST_SKIP() << "built without OpenSubdiv";
+}
 
-    // Public models, where the developer's machine has some.
+TEST(CatmullClark, EqualsOpenSubdivInsideOfPublicModels)
+{
     const char* const named = std::getenv("VELMAR_MODELS");
     const std::filesystem::path folder = named ? named : VELMAR_SOURCE_DIR "/../shared/models";
     if (!std::filesystem::is_directory(folder))
@@ -446,8 +416,8 @@ TEST(CatmullClark, EqualsOpenSubdivInside)
         VXGeom model;
         model.SetGenerateCreases(false);
         if (entry.path().extension() == ".obj" && model.ReadWavefront(entry.path().string().c_str()) == 0 &&
-            OnlyFaces(model))
-            expectEqual(model, entry.path().filename().string().c_str());
+            OnlyFaces(model) && !EqualsOpenSubdivInside(model, entry.path().filename().string().c_str()))
+            GTEST_SKIP() << "built without OpenSubdiv";
     }
 }
 
@@ -508,10 +478,9 @@ TEST(CatmullClark, WithoutMemoryTheResultIsWholeOrEmpty)
         dest.SetGeom(before.get(), true);
         MEM_FailAfter(n);
         source->SubdivideCatmullClark(&dest);
-        const bool reached = MEM_AllocArray<int>(1) == nullptr;
         MEM_FailAfter(0);
-        failures += reached ? 0 : 1;
         const int verts = dest.NumVerts(false);
+        failures += verts == 0 ? 1 : 0;
         EXPECT_TRUE(verts == 0 || verts == 12 + 12 + 24) << n;
         EXPECT_EQ(dest.SubdivVertRemapTable().Count(), verts > 0 ? 12 : 0) << n;
     }
@@ -530,23 +499,10 @@ TEST(CatmullClark, TakesHostilePositionsAndStaleEdges)
     for (int e = 0; e < source->EdgeList().GetEdgeCount(); ++e)
     {
         VXEdge& edge = source->EdgeList().GetEdge(e);
-        switch (e % 5)
-        {
-        case 0:
-            edge.SetPolyIndex2(1000);
-            break;
-        case 1:
-            edge.SetVertIndex1(-1);
-            break;
-        case 2:
-            edge.SetRelIndexP1V1(99);
-            break;
-        case 3:
-            edge.SetVertIndex2(1 << 30);
-            break;
-        default:
-            break;
-        }
+        edge.SetPolyIndex2(e % 5 == 0 ? 1000 : edge.PolyIndex2());
+        edge.SetVertIndex1(e % 5 == 1 ? -1 : edge.VertIndex1());
+        edge.SetRelIndexP1V1(e % 5 == 2 ? 99 : edge.RelIndexP1V1());
+        edge.SetVertIndex2(e % 5 == 3 ? 1 << 30 : edge.VertIndex2());
     }
     source->SubdivideCatmullClark(&dest);
     EXPECT_EQ(dest.NumVerts(false), 48);
@@ -554,8 +510,8 @@ TEST(CatmullClark, TakesHostilePositionsAndStaleEdges)
 
 TEST(CatmullClark, LargePolygonsAndManyEdgesAtAVertexTakeLinearTime)
 {
-    // Each of these would take minutes if every corner walked along what is there.
-    constexpr int kMany = 200000;
+    // Each of these would take far too long if every corner walked along what is there.
+    constexpr int kMany = 100000;
     std::vector<int> ring(kMany), star;
     for (int v = 0; v < kMany; ++v)
         ring[std::size_t(v)] = v;
