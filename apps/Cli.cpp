@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -46,13 +47,25 @@ int Fail(ExitCode code, const BString& place, std::int64_t line, const BString& 
 void Warn(const BString& text) { Print("", 0, "warning: " + text); }
 void Note(const BString& text) { Print("", 0, text); }
 
-// --- Inputs
+void Stopwatch::Tell(const BString& what)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (mOn)
+        Note(what + BString::Format(" (%.0f ms)", std::chrono::duration<double, std::milli>(now - mStart).count()));
+    mStart = now;
+}
 
-Input::~Input()
+// --- Files
+
+TemporaryFile::TemporaryFile(const char* extension)
+    : mPath(BDir::Temporary().Joined("velmar-" + MakeUuidString() + extension))
+{
+}
+
+TemporaryFile::~TemporaryFile()
 {
     std::error_code ignored;
-    if (mTemporary)
-        std::filesystem::remove(mPath.Std(), ignored);
+    std::filesystem::remove(mPath.Std(), ignored);
 }
 
 bool Input::Open()
@@ -73,7 +86,8 @@ bool Input::SpoolStandardInput()
 #ifdef _WIN32
     _setmode(_fileno(stdin), _O_BINARY);
 #endif
-    mPath = BDir::Temporary().Joined("velmar-" + MakeUuidString() + ".obj");
+    mSpool = std::make_unique<TemporaryFile>(".obj");
+    mPath = mSpool->Path();
     BFile file(mPath);
     file.SetCompression(false); // bytes go through as they come
     if (file.Open(BFile::Mode::Write) != 0)
@@ -81,7 +95,6 @@ bool Input::SpoolStandardInput()
         mError = BString("cannot be kept in ") + mPath.FullPath() + ": " + file.LastError();
         return false;
     }
-    mTemporary = true;
     char buffer[65536];
     bool written = true;
     while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, stdin))
@@ -91,6 +104,26 @@ bool Input::SpoolStandardInput()
     else if (!written || file.Close() != 0)
         mError = BString("cannot be kept in ") + mPath.FullPath() + ": " + file.LastError();
     return mError.IsEmpty();
+}
+
+BString OutputProblem(const std::string& output, const std::vector<std::string>& inputs)
+{
+    if (output == "-")
+        return {};
+    const BPath path{BString(output)};
+    for (const std::string& input : inputs)
+    {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(path.Std(), BPath(BString(input)).Std(), ignored))
+            return "is also an input, expected another name";
+    }
+    BFile file(path);
+    if (path.IsFolder())
+        return "is a folder, expected a file to write to";
+    if (file.Open(BFile::Mode::WriteAtomic) != 0)
+        return file.LastError() + ", expected a place to write to";
+    file.Discard();
+    return {};
 }
 
 // --- Grammar
@@ -115,6 +148,42 @@ CLI::Option* AddNumber(CLI::App& verb, const char* name, float& value, double lo
         ->type_name("NUMBER")
         ->check(CLI::Validator(check, ""))
         ->capture_default_str();
+}
+
+std::string Listed(const std::vector<std::string>& names)
+{
+    std::string list;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        list += (i == 0 ? "" : i + 1 < names.size() ? ", " : " or ") + names[i];
+    return list;
+}
+
+CLI::Validator Choice(const char* what, const std::vector<std::string>& choices)
+{
+    const auto check = [what = std::string(what), choices](const std::string& text)
+    {
+        return std::find(choices.begin(), choices.end(), text) != choices.end()
+                   ? ""
+                   : "'" + text + "' is no " + what + ", expected " + Listed(choices);
+    };
+    return {check, ""};
+}
+
+CLI::Validator OutputName(const char* what, const std::vector<std::string>& endings)
+{
+    const auto check = [what = std::string(what), endings](const std::string& name)
+    {
+        std::error_code ignored;
+        const bool device =
+            std::filesystem::is_other(name, ignored) || std::filesystem::is_character_file(name, ignored);
+        const bool known =
+            std::any_of(endings.begin(), endings.end(),
+                        [&](const std::string& ending) { return BString(name).Lower().EndsWith(ending); });
+        return name == "-" || device || known ? ""
+                                              : "'" + name + "' is no name of " + what +
+                                                    ", expected one that ends in " + Listed(endings) + ", or -";
+    };
+    return {check, ""};
 }
 
 } // namespace vx::cli

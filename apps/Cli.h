@@ -4,16 +4,21 @@
 #include "base/BPath.h"
 #include "base/BString.h"
 
+#include <chrono>
 #include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace CLI
 {
 class App;
 class Option;
+class Validator;
 } // namespace CLI
 
 /// @file
-/// What the verbs share: exit codes, messages, inputs.
+/// What the verbs share: exit codes, messages, inputs, outputs.
 
 namespace vx::cli
 {
@@ -33,30 +38,58 @@ int Fail(ExitCode code, const BString& place, std::int64_t line, const BString& 
 void Warn(const BString& text); ///< "velmar: warning: TEXT", which begins with its place
 void Note(const BString& text); ///< what --verbose asks for
 
+/// What --verbose tells of a stretch of work.
+class Stopwatch
+{
+public:
+    explicit Stopwatch(bool on) : mOn(on) {}
+    void Tell(const BString& what);
+
+private:
+    bool mOn;
+    std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
+};
+
+// --- Files
+
+/// A name for a file that is gone when this object is.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const char* extension);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    const BPath& Path() const { return mPath; }
+
+private:
+    BPath mPath;
+};
+
 /// An input as the user named it: a file, or "-" for standard input, which is kept in a temporary file while this
 /// object lives, so that everything else reads files.
 class Input
 {
 public:
     explicit Input(const BString& name) : mName(name), mPath(name) {}
-    ~Input();
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
 
     /// False when the input is not a readable file; Error() then says why, and what was expected.
     bool Open();
     const BString& Error() const { return mError; }
     const BString& Name() const { return mName; } ///< for messages
     const BPath& Path() const { return mPath; }   ///< to read from
-    bool IsStandardInput() const { return mTemporary; }
+    bool IsStandardInput() const { return mSpool != nullptr; }
 
 private:
     bool SpoolStandardInput();
 
     BString mName, mError;
     BPath mPath;
-    bool mTemporary = false;
+    std::unique_ptr<TemporaryFile> mSpool;
 };
+
+/// Tries an output before any work is done; nothing of it is left. Empty, or what is wrong with it.
+BString OutputProblem(const std::string& output, const std::vector<std::string>& inputs);
 
 // --- Grammar
 
@@ -65,9 +98,18 @@ CLI::App* AddVerb(CLI::App& app, const char* name, const char* purpose);
 /// An option with a number in [low, high]; anything else, NaN too, is wrong usage.
 CLI::Option* AddNumber(CLI::App& verb, const char* name, float& value, double low, double high, const char* purpose);
 
+/// A check of an output: a name with one of these endings, "-", or a device. @param what "a picture"
+CLI::Validator OutputName(const char* what, const std::vector<std::string>& endings);
+/// A check of a choice. @param what "draw mode"
+CLI::Validator Choice(const char* what, const std::vector<std::string>& choices);
+/// "a, b or c"
+std::string Listed(const std::vector<std::string>& names);
+
 // Each verb adds itself to the grammar; `exitCode` is set when its verb ran.
 
 void AddPreviewVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);
+void AddWeldVerb(CLI::App& app, int& exitCode);
+void AddTransferGroupsVerb(CLI::App& app, int& exitCode);
 
 } // namespace vx::cli

@@ -1,6 +1,7 @@
 // VelmarBase: command line.
 #include "Cli.h"
 
+#include "ModelFile.h"
 #include "mesh/VXGeom.h"
 
 #include <CLI/CLI.hpp>
@@ -242,10 +243,7 @@ int InfoOf(const std::string& name, const InfoOptions& options)
     GEOM_ReadReport report;
     if (geom.ReadWavefront(input.Path().FullPath().CString(), nullptr, &report) != 0)
         return Fail(kFailed, input.Name(), report.errorLine, report.error);
-    if (report.shortFaces > 0)
-        Warn(input.Name() + BString::Format(":%lld: faces with fewer than 3 corners are left out: %lld",
-                                            static_cast<long long>(report.shortFaceLine),
-                                            static_cast<long long>(report.shortFaces)));
+    WarnOfOddities(input.Name(), report);
     if (!geom.EdgesClassified())
         geom.GenerateCreaseData();
     if (MEM_AllocationFailed())
@@ -279,9 +277,7 @@ int RunInfo(const InfoOptions& options)
     for (const std::string& name : options.inputs)
         if (const int code = InfoOf(name, options); code != kDone)
             return code;
-    if (std::fflush(stdout) != 0 || std::ferror(stdout))
-        return Fail(kFailed, "standard output", 0, "cannot be written");
-    return kDone;
+    return FinishStandardOutput();
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <exception>
 #include <new>
+#include <string>
+#include <vector>
 
 using namespace vx::cli;
 
@@ -29,16 +31,22 @@ int FailUsage(const CLI::App& app, const CLI::ParseError& error)
                     (option ? "unknown option, " : "not expected here, ") + help);
     }
     if (app.get_subcommands().empty())
+    {
+        std::vector<std::string> verbs;
+        for (const CLI::App* const verb : app.get_subcommands({}))
+            verbs.push_back(verb->get_name());
         return Fail(kWrongUsage, "", 0,
-                    (rest.empty() ? "no verb" : "unknown verb '" + rest.front() + "'") +
-                        ", expected preview or info, " + help.Std());
+                    (rest.empty() ? "no verb" : "unknown verb '" + rest.front() + "'") + ", expected " + Listed(verbs) +
+                        ", " + help.Std());
+    }
     return Fail(kWrongUsage, "", 0, error.what() + (", " + help.Std()));
 }
 
 int Run(int argc, char** argv)
 {
     int exitCode = kDone;
-    CLI::App app("Looks at polygon models: renders them to pictures, tells what is in them.", "velmar");
+    CLI::App app("Works on polygon models: renders them to pictures, tells what is in them, welds and groups them.",
+                 "velmar");
     app.set_version_flag("--version", "velmar " VELMAR_VERSION);
     app.set_help_flag("-h,--help", "Print this help and leave");
     app.require_subcommand(1);
@@ -46,6 +54,8 @@ int Run(int argc, char** argv)
                "3 no OpenGL to be had.");
     AddPreviewVerb(app, exitCode);
     AddInfoVerb(app, exitCode);
+    AddWeldVerb(app, exitCode);
+    AddTransferGroupsVerb(app, exitCode);
 
     try
     {

@@ -3,13 +3,15 @@
 
 #include "base/BFile.h"
 #include "base/MEM.h"
+#include "engine/VXObject.h"
+#include "engine/VXScene.h"
 #include "host/Preview.h"
 #include "host/image/Png.h"
+#include "mesh/VXGeom.h"
 
 #include <CLI/CLI.hpp>
 
 #include <charconv>
-#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -30,6 +32,7 @@ struct PreviewArguments
     std::vector<std::string> inputs;
     std::string output = "preview.png", texture;
     std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
+    std::string show;
     bool noCreases = false, noShadows = false, verbose = false;
     PreviewOptions picture;
     ImportOptions import;
@@ -130,28 +133,6 @@ std::string CheckBackground(const std::string& text)
                                       "two colours as TOP,BOTTOM";
 }
 
-std::string CheckUp(const std::string& text)
-{
-    return text == "y" || text == "z" ? "" : "'" + text + "' is no axis that can point up, expected y or z";
-}
-
-std::string CheckSamples(const std::string& text)
-{
-    for (const char* offered : {"1", "2", "4", "8", "16"})
-        if (text == offered)
-            return "";
-    return "'" + text + "' is no number of samples, expected 1, 2, 4, 8 or 16";
-}
-
-std::string CheckOutput(const std::string& text)
-{
-    std::error_code ignored;
-    const bool device = std::filesystem::is_other(text, ignored) || std::filesystem::is_character_file(text, ignored);
-    return text == "-" || device || BPath(text.c_str()).Extension().IsSameAs("png", 0)
-               ? ""
-               : "'" + text + "' is no name of a picture, expected one that ends in .png, or -";
-}
-
 // --- The verb
 
 // Beside the program when it is installed, else in the tree that it was built from.
@@ -168,27 +149,6 @@ BPath BundledSample()
             return sample;
     }
     return "teacup.obj";
-}
-
-// Tries the output before any work is done; nothing of it is left. Empty, or what is wrong.
-BString OutputProblem(const PreviewArguments& arguments)
-{
-    if (arguments.output == "-")
-        return {};
-    const BPath path{BString(arguments.output)};
-    for (const std::string& input : arguments.inputs)
-    {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(path.Std(), BPath(BString(input)).Std(), ignored))
-            return "is also an input, expected another name";
-    }
-    BFile file(path);
-    if (path.IsFolder())
-        return "is a folder, expected a file to write to";
-    if (file.Open(BFile::Mode::WriteAtomic) != 0)
-        return file.LastError() + ", expected a place to write to";
-    file.Discard();
-    return {};
 }
 
 bool LoadModel(Preview& preview, Input& input, const ImportOptions& options, BString& problem)
@@ -231,32 +191,26 @@ void ReadTexts(PreviewArguments& arguments)
     picture.view.up = arguments.up == "z" ? UpAxis::Z : UpAxis::Y;
     picture.shadows = picture.shadows && !arguments.noShadows;
     arguments.import.creases = !arguments.noCreases;
+    if (!arguments.show.empty())
+        picture.vectors = arguments.show == "normals" ? VectorKind::Normals : VectorKind::Tangents;
 }
 
-/// What --verbose tells of a stretch of work.
-class Stopwatch
+void WarnOfMissingTangents(Preview& preview)
 {
-public:
-    explicit Stopwatch(bool on) : mOn(on) {}
-    void Tell(const BString& what)
+    for (std::int64_t i = 0; i < preview.Scene().NumObjects(); ++i)
     {
-        const auto now = std::chrono::steady_clock::now();
-        if (mOn)
-            Note(what + BString::Format(" (%.0f ms)", std::chrono::duration<double, std::milli>(now - mStart).count()));
-        mStart = now;
+        const VXObject* const object = preview.Scene().Object(int(i));
+        if (object && object->Geom() && !object->Geom()->Geom()->tex)
+            Warn(object->ExternalName() + ": has no texture coordinates, so no tangents are shown");
     }
-
-private:
-    bool mOn;
-    std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
-};
+}
 
 int RunPreview(PreviewArguments& arguments)
 {
     ReadTexts(arguments);
     if (arguments.inputs.empty())
         arguments.inputs.push_back(BundledSample().FullPath().Std());
-    if (const BString problem = OutputProblem(arguments); !problem.IsEmpty())
+    if (const BString problem = OutputProblem(arguments.output, arguments.inputs); !problem.IsEmpty())
         return Fail(kFailed, BString(arguments.output), 0, problem);
 
     Stopwatch watch(arguments.verbose);
@@ -271,6 +225,8 @@ int RunPreview(PreviewArguments& arguments)
     }
     if (!arguments.texture.empty() && !preview.SetDefaultTexture(BPath(BString(arguments.texture))))
         return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
+    if (arguments.picture.vectors == VectorKind::Tangents)
+        WarnOfMissingTangents(preview);
     if (!preview.PrepareContext())
         return Fail(kNoOpenGL, "", 0, "no OpenGL to be had: " + preview.Error());
     watch.Tell("drawing without a window, as a picture needs none: " + preview.ContextDescription());
@@ -307,7 +263,7 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
     verb->add_option("-o,--output", arguments->output,
                      "Picture to write, replaced when it exists; - is standard output")
         ->type_name("FILE.png")
-        ->check(CLI::Validator(CheckOutput, ""))
+        ->check(OutputName("a picture", {".png"}))
         ->capture_default_str();
     verb->add_option("--size", arguments->size, "Size in pixels")
         ->type_name("WIDTHxHEIGHT")
@@ -327,7 +283,7 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
     verb->add_flag("--ortho", view.ortho, "Parallel projection")->excludes(fov);
     verb->add_option("--up", arguments->up, "The model's axis that points up")
         ->type_name("y|z")
-        ->check(CLI::Validator(CheckUp, ""))
+        ->check(Choice("axis that can point up", {"y", "z"}))
         ->capture_default_str();
 
     verb->add_option("--background", arguments->background,
@@ -341,11 +297,22 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
     verb->add_flag("--no-shadows", arguments->noShadows, "Show no shadow")->excludes(shadows);
     verb->add_option("--samples", picture.samples, "Samples for each pixel; 16 draws at twice the size")
         ->type_name("1|2|4|8|16")
-        ->check(CLI::Validator(CheckSamples, ""))
+        ->check(Choice("number of samples", {"1", "2", "4", "8", "16"}))
         ->capture_default_str();
     CLI::Option* const angle = AddNumber(*verb, "--crease-angle", arguments->import.creaseAngle, 0, 180,
                                          "Edges bent by more degrees than this are drawn hard");
     verb->add_flag("--no-creases", arguments->noCreases, "No hard edges at all")->excludes(angle);
+    verb->add_option("--crease-method", arguments->import.creaseMethod,
+                     "How hard edges split vertices: 0 along edges, 1 or 2 by grouping the polygons around each vertex")
+        ->type_name("0|1|2")
+        ->check(Choice("crease method", {"0", "1", "2"}))
+        ->capture_default_str()
+        ->excludes("--no-creases");
+    verb->add_option("--show", arguments->show,
+                     "Draw the vectors of each vertex as short lines: normals blue, tangents red and binormals green "
+                     "with them")
+        ->type_name("normals|tangents")
+        ->check(Choice("kind of vectors", {"normals", "tangents"}));
     verb->add_flag("-v,--verbose", arguments->verbose, "Say on standard error what is done");
     verb->footer("Modes:\n  " + ModeNames("\n  "));
     verb->callback([arguments, &exitCode] { exitCode = RunPreview(*arguments); });

@@ -18,17 +18,19 @@ VELMAR_EXPORT void SetSubdividedDrawing(bool on);
 VELMAR_EXPORT bool AbortOnBadSubdivSource(); ///< the answer of the delegate's default; off
 VELMAR_EXPORT void SetAbortOnBadSubdivSource(bool on);
 
-/// Sets a switch for the length of a scope: `Scoped quiet(EdgeLinesSuppressed, SetEdgeLinesSuppressed, true);`
+/// Sets a switch for the length of a scope: `Scoped quiet(EdgeLinesSuppressed, SetEdgeLinesSuppressed, true);`. Serves
+/// other process-wide settings too.
+template <class Value>
 class Scoped
 {
 public:
-    Scoped(bool (*get)(), void (*set)(bool), bool value) : mSet(set), mBefore(get()) { set(value); }
+    Scoped(Value (*get)(), void (*set)(Value), Value value) : mSet(set), mBefore(get()) { set(value); }
     ~Scoped() { mSet(mBefore); }
     Scoped(const Scoped&) = delete;
     Scoped& operator=(const Scoped&) = delete;
 
 private:
-    void (*mSet)(bool);
-    bool mBefore;
+    void (*mSet)(Value);
+    Value mBefore;
 };
 } // namespace VXSwitches

@@ -110,6 +110,7 @@ void Preview::ApplyStyle(const PreviewOptions& options)
     const float alpha = options.background == BackgroundStyle::Clear ? 0.0f : 1.0f;
     mEngine->SetBackground({top.x, top.y, top.z, 1}, {bottom.x, bottom.y, bottom.z, 1}, alpha);
     mEngine->SetUpAxis(UpOf(options.view.up));
+    mEngine->SetVectors(options.vectors);
     VXSceneDrawOptions& draw = *mEngine->DrawOptions();
     draw.mSuppressBackCull = options.backFaces;
     draw.mHaberlinesOn = options.edgeLines;

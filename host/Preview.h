@@ -4,6 +4,7 @@
 #include "VelmarHostExport.h"
 #include "base/BPath.h"
 #include "host/PreviewSetup.h"
+#include "host/gl/VectorLines.h"
 #include "host/image/Picture.h"
 #include "host/import/ModelStore.h"
 #include "material/VXDrawPresets.h"
@@ -30,12 +31,13 @@ struct PreviewOptions
     BackgroundStyle background = BackgroundStyle::Gradient;
     VERTEX backgroundTop{0.54f, 0.58f, 0.63f}; ///< as colours are written, 0..1
     VERTEX backgroundBottom{0.87f, 0.88f, 0.89f};
-    bool ground = false;    ///< a plane under the model
-    bool shadows = true;    ///< a soft shadow on the ground, with or without the plane
-    bool edgeLines = false; ///< creases and borders drawn as lines over the surfaces
-    bool backFaces = true;  ///< shown, in a colour of their own; off: culled
-    int samples = 4;        ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
-    int subdivision = 0;    ///< level at which objects are shown; 0 is the mesh as it is
+    bool ground = false;                  ///< a plane under the model
+    bool shadows = true;                  ///< a soft shadow on the ground, with or without the plane
+    bool edgeLines = false;               ///< creases and borders drawn as lines over the surfaces
+    VectorKind vectors = VectorKind::Off; ///< drawn as short lines over the surfaces
+    bool backFaces = true;                ///< shown, in a colour of their own; off: culled
+    int samples = 4;                      ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
+    int subdivision = 0;                  ///< level at which objects are shown; 0 is the mesh as it is
 };
 
 /// Models from files as pictures: what a small program needs of this library, in one class. Owns scene, engine, models

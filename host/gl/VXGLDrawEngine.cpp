@@ -220,13 +220,13 @@ void VXGLDrawEngine::SetColorArray(VERTEX* colors, int count) { mColorData = cou
 
 void VXGLDrawEngine::PrepareGeometry(VXGeom* geom)
 {
-    mBuffers = mReady && CurrentObject() ? BuffersOf(CurrentObject(), CurrentDrawGeom(), geom) : nullptr;
+    mBuffers = mReady && CurrentObject() ? &GeometryOf(CurrentObject(), CurrentDrawGeom(), geom).buffers : nullptr;
     if (mBuffers)
         mBuffers->SetArrays(geom, mVertexArrayData, mVertexCount, mNormalData);
 }
 
-// The buffers are found by the object's display list id; they are looked at anew when the list is not ready.
-vx::GeomBuffers* VXGLDrawEngine::BuffersOf(VXObject* object, int drawGeom, VXGeom* geom)
+// A geometry is found by the object's display list id; its buffers are looked at anew when the list is not ready.
+VXGLDrawEngine::Geometry& VXGLDrawEngine::GeometryOf(VXObject* object, int drawGeom, VXGeom* geom)
 {
     std::uint32_t id = object->PolyDisplayListID(drawGeom);
     auto found = id ? mGeometries.find(id) : mGeometries.end();
@@ -242,11 +242,37 @@ vx::GeomBuffers* VXGLDrawEngine::BuffersOf(VXObject* object, int drawGeom, VXGeo
     if (!object->PolyDisplayListReady(drawGeom) || !object->LineDisplayListReady(drawGeom))
     {
         geometry.buffers.MarkStale();
+        geometry.vectors.MarkStale();
         object->SetPolyDisplayListReady(true, drawGeom);
         object->SetLineDisplayListReady(true, drawGeom);
     }
     geometry.lastFrame = mFrame;
-    return &geometry.buffers;
+    return geometry;
+}
+
+// For what is drawn outside the passes of a frame: geometries that have a surface, each with its placement.
+void VXGLDrawEngine::VisitSurfaces(const std::function<void(Geometry&)>& step)
+{
+    const Placement kept = mPlacement;
+    for (std::int64_t i = 0; i < Scene()->NumObjects(); ++i)
+    {
+        VXObject* const object = Scene()->Object(int(i));
+        if (!object || !object->Visible() || IsGround(object))
+            continue;
+        if (object->PrepareForDrawing() == 0)
+            for (int index = object->NumbDrawGeoms() - 1; index >= 0; --index)
+            {
+                VXGeom* const geom = object->DrawGeom(E_DrawGeom(index));
+                if (!geom || object->WantsLinesOnly(E_DrawGeom(index)))
+                    continue;
+                mPlacement = PlacementOf(*object);
+                Geometry& geometry = GeometryOf(object, index, geom);
+                geometry.buffers.SetArrays(geom, geom->Verts(), geom->NumVerts(true), nullptr);
+                step(geometry);
+            }
+        object->EndDrawing();
+    }
+    mPlacement = kept;
 }
 
 void VXGLDrawEngine::DropUnusedGeometries()

@@ -6,9 +6,11 @@
 #include "draw/VXSceneDrawOptions.h"
 #include "host/gl/GeomBuffers.h"
 #include "host/gl/Program.h"
+#include "host/gl/VectorLines.h"
 #include "material/VXMaterialColor4.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 
@@ -47,6 +49,7 @@ public:
     /// Which part of the picture the viewport shows, for pictures drawn in tiles: 0..1, from the lower left.
     void SetTile(float x, float y, float width, float height);
     void SetShadowDensity(float density) { mShadowDensity = density; } ///< of the darkest place on the ground, 0..1
+    void SetVectors(vx::VectorKind kind) { mVectors = kind; }          ///< drawn over the surfaces, hidden by them
 
     // --- After a frame
     const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
@@ -90,6 +93,7 @@ public:
     void DrawPolygon(VXGeom* geom, const VXEdge& edge) override;
     void DrawHaberlineSets(VXMaterial* material, int count, const std::uint32_t* indices,
                            const std::uint32_t* edgeFlags, int corners) override;
+    void DrawCustomLines(VXScene* scene) override; ///< the vectors
 
     // --- Hooks: VXGLDrawEngineShadow.cpp
     void BeginDropShadow() override;
@@ -126,13 +130,15 @@ private:
         VXGeom* geom = nullptr;
         std::int64_t lastFrame = 0;
         vx::GeomBuffers buffers;
+        vx::VectorLines vectors;
     };
 
     // Programs: VXGLDrawEngine.cpp
     vx::Program* Variant(std::uint32_t key, const char* name, const std::string& defines, const char* vertexText,
                          const char* fragmentText);
     void Fail(const BString& problem);
-    vx::GeomBuffers* BuffersOf(VXObject* object, int drawGeom, VXGeom* geom);
+    Geometry& GeometryOf(VXObject* object, int drawGeom, VXGeom* geom);
+    void VisitSurfaces(const std::function<void(Geometry&)>& step);
     void DropUnusedGeometries();
 
     // VXGLDrawEngineState.cpp
@@ -162,6 +168,8 @@ private:
     void DrawWires(const VXElementBatch& batch);
     void DrawLineElements(const VXElementBatch& batch);
     void DrawSegments(const vx::GpuArray& pairs, const Range& range, const LineStyle& style, bool points = false);
+    void DrawSegmentsBetween(const vx::GpuArray& positions, const vx::GpuArray& pairs, const Range& range,
+                             const LineStyle& style, bool points);
     void FlushOutline();
     bool ReserveSegments(std::int32_t count);
     LineStyle WireStyle(const VXMaterial* mode) const;
@@ -180,6 +188,7 @@ private:
     float mPixelScale = 1;
     float mTile[4] = {1, 1, 0, 0};
     float mShadowDensity = 0.32f;
+    vx::VectorKind mVectors = vx::VectorKind::Off;
 
     // Lives in the context
     bool mReady = false;

@@ -15,6 +15,7 @@ static constexpr float kCreaseWidth = 1.4f;
 static constexpr float kSilhouetteWidth = 2.3f;
 static constexpr float kElementWidth = 1.6f;
 static constexpr float kPointWidth = 5;
+static constexpr float kVectorWidth = 1.3f;
 
 // How far lines stand before their surface, in normalised depth. The planes are fitted to the content, so this is a
 // share of its size.
@@ -51,6 +52,12 @@ bool VXGLDrawEngine::ReserveSegments(std::int32_t count)
 
 void VXGLDrawEngine::DrawSegments(const vx::GpuArray& pairs, const Range& range, const LineStyle& style, bool points)
 {
+    DrawSegmentsBetween(mBuffers->Positions(), pairs, range, style, points);
+}
+
+void VXGLDrawEngine::DrawSegmentsBetween(const vx::GpuArray& positions, const vx::GpuArray& pairs, const Range& range,
+                                         const LineStyle& style, bool points)
+{
     if (range.count < 1 || !ReserveSegments(range.first + range.count))
         return;
     const bool lit = style.lit && mBuffers->NeedNormals();
@@ -69,7 +76,7 @@ void VXGLDrawEngine::DrawSegments(const vx::GpuArray& pairs, const Range& range,
     glUniform3f(program->Uniform("uKd"), Linear(style.kd.TotalRed()), Linear(style.kd.TotalGreen()),
                 Linear(style.kd.TotalBlue()));
     glUniform4f(program->Uniform("uFade"), style.fadeBelow * mPixelScale, style.fadeTo, style.fadeFar, 0);
-    const GLuint textures[3] = {mBuffers->Positions().Texture(), mBuffers->Normals().Texture(), pairs.Texture()};
+    const GLuint textures[3] = {positions.Texture(), lit ? mBuffers->Normals().Texture() : 0, pairs.Texture()};
     for (GLuint k = 0; k < 3; ++k)
     {
         glActiveTexture(GL_TEXTURE1 + k);
@@ -196,4 +203,32 @@ void VXGLDrawEngine::FlushOutline()
     style.bias = 2 * kLineBias;
     DrawSegments(mBuffers->OutlinePairs(), {0, count}, style);
     mOutlinePairs.Empty();
+}
+
+// --- Vectors
+
+void VXGLDrawEngine::DrawCustomLines(VXScene* /*scene*/)
+{
+    if (mVectors == vx::VectorKind::Off || !mReady)
+        return;
+    // Tangent, binormal and normal are the x, y and z of a vertex's frame: red, green and blue, as axes are drawn.
+    static const VXMaterialColor4 kColors[vx::VectorLines::kNumAxes] = {
+        {0.90f, 0.16f, 0.14f, 1}, {0.10f, 0.62f, 0.16f, 1}, {0.10f, 0.36f, 0.98f, 1}};
+    SetSurfaceOffset(false);
+    VisitSurfaces(
+        [&](Geometry& geometry)
+        {
+            if (!geometry.vectors.Update(*geometry.geom, mVectors))
+                return;
+            for (int axis = 0; axis < vx::VectorLines::kNumAxes; ++axis)
+            {
+                LineStyle style;
+                style.width = kVectorWidth;
+                style.color = kColors[axis];
+                style.alpha = geometry.vectors.Opacity();
+                style.bias = 2.5f * kLineBias; // tangents lie in the surface, and under it where it is hollow
+                DrawSegmentsBetween(geometry.vectors.Positions(), geometry.vectors.Pairs(),
+                                    geometry.vectors.Segments(vx::VectorLines::Axis(axis)), style, false);
+            }
+        });
 }

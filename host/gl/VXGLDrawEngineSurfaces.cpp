@@ -297,36 +297,22 @@ void VXGLDrawEngine::DrawDepthOfScene()
     vx::Program* const program = SurfaceProgram(kShadeFill);
     if (!program)
         return;
-    const Placement kept = mPlacement;
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
     SetSurfaceOffset(true);
     SetDepthState(true, true);
     SetBlend(false);
     SetCullFace(false, true);
-    for (std::int64_t i = 0; i < Scene()->NumObjects(); ++i)
-    {
-        VXObject* const object = Scene()->Object(int(i));
-        if (!object || !object->Visible() || IsGround(object))
-            continue;
-        if (object->PrepareForDrawing() == 0)
-            for (int index = object->NumbDrawGeoms() - 1; index >= 0; --index)
-            {
-                VXGeom* const geom = object->DrawGeom(E_DrawGeom(index));
-                if (!geom || object->WantsLinesOnly(E_DrawGeom(index)))
-                    continue;
-                mPlacement = PlacementOf(*object);
-                mBuffers = BuffersOf(object, index, geom);
-                mBuffers->SetArrays(geom, geom->Verts(), geom->NumVerts(true), nullptr);
-                if (!mBuffers->NeedTriangles())
-                    continue;
-                glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);
-                glUniformMatrix4fv(program->Uniform("uToClip"), 1, GL_FALSE, mPlacement.toClip[0]);
-                BindSurfaceArrays(kShadeFill);
-                DrawTriangles({0, std::int32_t(mBuffers->Indices().Bytes() / 12)});
-            }
-        object->EndDrawing();
-    }
+    VisitSurfaces(
+        [&](Geometry& geometry)
+        {
+            mBuffers = &geometry.buffers;
+            if (!mBuffers->NeedTriangles())
+                return;
+            glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);
+            glUniformMatrix4fv(program->Uniform("uToClip"), 1, GL_FALSE, mPlacement.toClip[0]);
+            BindSurfaceArrays(kShadeFill);
+            DrawTriangles({0, std::int32_t(mBuffers->Indices().Bytes() / 12)});
+        });
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    mPlacement = kept;
     mBuffers = nullptr;
 }

@@ -19,6 +19,7 @@ struct ImportOptions
 {
     float creaseAngle = 40; ///< degrees; edges at least this sharp are hard
     bool creases = true;    ///< off: normals run through everywhere
+    int creaseMethod = 0;   ///< how creases split vertices: VXGeom::GenCreaseMethod while the model is derived
 };
 
 /// What there is to say about an import, one line each, led by the name of the file it is about.

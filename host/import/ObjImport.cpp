@@ -3,6 +3,7 @@
 #include "base/GEOM_Obj.h"
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
+#include "engine/VXSwitches.h"
 #include "host/import/MaterialFile.h"
 #include "material/VXMaterial.h"
 #include "mesh/VXGeom.h"
@@ -101,6 +102,15 @@ BString ModelStore::SetDefaultTexture(const BPath& path)
 
 // --- Meshes
 
+// The method is a setting of the whole process, and put back for whoever else derives meshes.
+struct CreaseMethod : VXSwitches::Scoped<int>
+{
+    explicit CreaseMethod(const ImportOptions& options)
+        : Scoped(VXGeom::GenCreaseMethod, VXGeom::SetGenCreaseMethod, options.creaseMethod)
+    {
+    }
+};
+
 static std::unique_ptr<VXGeom> NewMesh(const ImportOptions& options)
 {
     auto mesh = std::make_unique<VXGeom>();
@@ -126,6 +136,7 @@ static void TellOddities(const BString& name, const GEOM_ReadReport& read, Impor
 
 VXObject* ModelStore::ImportObj(VXScene& scene, const BPath& path, const ImportOptions& options, ImportReport& report)
 {
+    const CreaseMethod method(options);
     std::unique_ptr<VXGeom> mesh = NewMesh(options);
     GEOM_ReadReport read;
     if (mesh->ReadWavefront(path.FullPath().CString(), nullptr, &read) != 0)
@@ -147,6 +158,7 @@ VXObject* ModelStore::ImportObjText(VXScene& scene, const char* text, std::size_
         report.error = Told(name, read);
         return nullptr;
     }
+    const CreaseMethod method(options);
     std::unique_ptr<VXGeom> mesh = NewMesh(options);
     if ((record->NumMaterials() < 1 && GEOM_MakeDefaultMaterial(record)) || GEOM_PurgeUnusedMaterials(record))
     {

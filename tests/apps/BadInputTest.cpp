@@ -76,7 +76,7 @@ std::vector<BadFile> BadFiles()
 
 } // namespace
 
-TEST(BadInput, OfEitherVerbIsOneLineThatNamesFileAndLine)
+TEST(BadInput, IsOneLineThatNamesFileAndLine)
 {
     for (const BadFile& row : BadFiles())
     {
@@ -85,6 +85,8 @@ TEST(BadInput, OfEitherVerbIsOneLineThatNamesFileAndLine)
         place.Write("bad model.obj", row.content);
         ExpectFailure(place, {"info", "bad model.obj"}, 1, std::string("velmar: bad model\\.obj") + row.line);
         ExpectFailure(place, {"preview", "bad model.obj", "-o", "old.png"}, 1,
+                      std::string("velmar: bad model\\.obj") + row.line);
+        ExpectFailure(place, {"weld", "bad model.obj", "-o", "out.obj"}, 1,
                       std::string("velmar: bad model\\.obj") + row.line);
     }
 }
@@ -125,6 +127,16 @@ TEST(BadOutput, IsFoundBeforeAnythingIsDrawn)
     ExpectFailure(place, {"preview", "good.obj", "-o", "some folder.png"}, 1,
                   "velmar: some folder\\.png: is a folder, expected .*");
     ExpectFailure(place, {"preview", "good.obj", "-o", "file/out.png"}, 1, "velmar: file/out\\.png: .*, expected .*");
+    const std::vector<std::vector<std::string>> makers = {{"weld", "good.obj"},
+                                                          {"transfer-groups", "file", "good.obj"}};
+    for (std::vector<std::string> maker : makers)
+    {
+        SCOPED_TRACE(maker[0]);
+        maker.insert(maker.end(), {"-o", "no/where.obj"});
+        ExpectFailure(place, maker, 1, "velmar: no/where\\.obj: no such folder, expected .*");
+        maker.back() = "./good.obj";
+        ExpectFailure(place, maker, 1, "velmar: \\./good\\.obj: is also an input, expected another name");
+    }
 }
 
 TEST(BadOutput, MayNotBeWritable)
@@ -152,8 +164,8 @@ TEST(Usage, ThatMakesNoSenseIsOneLineAndCode2)
         const char* line;
     };
     const Row rows[] = {
-        {{}, "velmar: no verb, expected preview or info, .*"},
-        {{"draw", "good.obj"}, "velmar: unknown verb 'draw', expected preview or info, .*"},
+        {{}, "velmar: no verb, expected preview, info, .* or .*, .*"},
+        {{"draw", "good.obj"}, "velmar: unknown verb 'draw', expected preview, .*"},
         {{"info"}, "velmar: .*INPUT.*'velmar info --help'"},
         {{"info", "good.obj", "--jsn"}, "velmar: --jsn: unknown option, see 'velmar info --help'"},
         {{"info", "good.obj", "--crease-angle", "200"}, "velmar: .*--crease-angle.*"},
@@ -180,6 +192,17 @@ TEST(Usage, ThatMakesNoSenseIsOneLineAndCode2)
         {{"preview", "good.obj", "-o", ""}, "velmar: --output: .*"},
         {{"preview", "good.obj", "-o", "picture.jpg"}, "velmar: --output: .*expected one that ends in \\.png.*"},
         {{"preview", "-o", "good.obj"}, "velmar: --output: .*expected one that ends in \\.png.*"},
+        {{"preview", "good.obj", "--crease-method", "3"}, "velmar: --crease-method: .*expected 0, 1 or 2,.*"},
+        {{"preview", "good.obj", "--show", "edges"}, "velmar: --show: .*edges.*expected normals or tangents,.*"},
+        {{"weld", "good.obj"}, "velmar: --output is required, .*"},
+        {{"weld", "good.obj", "-o", "old.png"}, "velmar: --output: .*expected one that ends in \\.obj.*"},
+        {{"weld", "good.obj", "-o", "x.obj", "--tolerance", "-1"}, "velmar: --tolerance: '-1' .*from 0 to .*"},
+        {{"weld", "good.obj", "-o", "x.obj", "--tolerance", "nan"}, "velmar: --tolerance: 'nan' .*from 0 to .*"},
+        {{"weld", "good.obj", "x.obj"}, "velmar: .*'velmar weld --help'"},
+        {{"transfer-groups", "good.obj", "-o", "x.obj"}, "velmar: .*TO.*required.*"},
+        {{"transfer-groups", "good.obj", "good.obj", "-o", "x.obj", "--by", "name"},
+         "velmar: --by: 'name' .*expected proximity or polygon,.*"},
+        {{"transfer-groups", "-", "-", "-o", "x.obj"}, "velmar: FROM and TO are both standard input, expected .*"},
     };
     Workplace place;
     place.Write("good.obj", kGood);

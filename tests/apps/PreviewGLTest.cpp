@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <regex>
 #include <set>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -68,6 +70,32 @@ protected:
 
 // Share of the pixels that differ between two pictures of one size.
 double Difference(const CPB_Offscreen& a, const CPB_Offscreen& b) { return vx::ComparePictures(a, b, 5).share; }
+
+/// Pixels of a colour that only lines of vectors have: that channel stands far out.
+std::vector<std::pair<int, int>> PixelsOf(const CPB_Offscreen& picture, int channel)
+{
+    std::vector<std::pair<int, int>> pixels;
+    for (int y = 0; y < picture.Height(); ++y)
+        for (int x = 0; x < picture.Width(); ++x)
+        {
+            const std::uint8_t* const p = picture.Row(y) + 4 * x;
+            if (p[channel] > p[(channel + 1) % 3] + 60 && p[channel] > p[(channel + 2) % 3] + 60)
+                pixels.emplace_back(x, y);
+        }
+    return pixels;
+}
+
+/// Of the pixels, how many have their right (lower) neighbour among them.
+std::ptrdiff_t InARow(const std::vector<std::pair<int, int>>& pixels, int dx, int dy)
+{
+    const std::set<std::pair<int, int>> all(pixels.begin(), pixels.end());
+    return std::count_if(all.begin(), all.end(),
+                         [&](const auto& p) {
+                             return all.count({p.first + dx, p.second + dy}) > 0;
+                         });
+}
+
+constexpr int kRed = 0, kGreen = 1, kBlue = 2;
 
 } // namespace
 
@@ -151,6 +179,9 @@ TEST_F(Preview, ObeysItsOptions)
         ASSERT_TRUE(other);
         EXPECT_GE(Difference(*plain, *other), row.atLeast);
     }
+    // On a mesh without odd places every method splits vertices into the same sectors.
+    for (const char* const method : {"1", "2"})
+        EXPECT_EQ(Difference(*plain, *Draw({"--crease-method", method})), 0) << "crease method " << method;
     const vx::PicturePtr shadows = Draw({"--shadows"});
     EXPECT_EQ(Difference(*plain, *shadows), 0) << "shadows are on anyway";
     const vx::PicturePtr tall = Draw({"--size", "37x91"});
@@ -235,6 +266,51 @@ TEST_F(Preview, PutsATextureOnModelsThatHaveNone)
     const Outcome missing = Run({"square.obj", "--texture", "none.png", "-o", "out.png"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(std::regex_match(missing.err, std::regex("velmar: none\\.png: .*expected a picture\n"))) << missing.err;
+}
+
+TEST_F(Preview, ShowsNormalsSplitAlongHardEdges)
+{
+    const auto normals = [&](std::vector<std::string> options)
+    {
+        options.insert(options.end(), {"--size", "240x240"});
+        const vx::PicturePtr picture = Draw(options);
+        return picture ? PixelsOf(*picture, kBlue).size() : 0;
+    };
+    EXPECT_EQ(normals({}), 0u);
+    const std::size_t smooth = normals({"--show", "normals", "--no-creases"});
+    EXPECT_GT(smooth, 60u);
+    EXPECT_GT(normals({"--show", "normals"}), 2 * smooth) << "each side of a hard edge has normals of its own";
+    EXPECT_GT(normals({"--show", "normals", "--mode", "wire"}), smooth);
+
+    // Behind the surface that they point away from, normals are hidden.
+    mPlace.Write("house.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
+    EXPECT_GT(normals({"--show", "normals", "--azimuth", "40"}), 20u);
+    EXPECT_LT(normals({"--show", "normals", "--azimuth", "180", "--elevation", "0"}), 8u);
+}
+
+TEST_F(Preview, ShowsTangentsAlongTheTexture)
+{
+    const std::vector<std::string> options = {"--azimuth", "0",       "--elevation", "0",
+                                              "--size",    "240x240", "--show",      "tangents"};
+    mPlace.Write("square.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                               "f 1/1 2/2 3/3 4/4\n");
+    const vx::PicturePtr upright = Draw(options, "square.obj");
+    mPlace.Write("turned.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nvt 0 1\nvt 0 0\nvt 1 0\nvt 1 1\n"
+                               "f 1/1 2/2 3/3 4/4\n");
+    const vx::PicturePtr turned = Draw(options, "turned.obj");
+    ASSERT_TRUE(upright && turned);
+    const auto tangents = PixelsOf(*upright, kRed), binormals = PixelsOf(*upright, kGreen);
+    EXPECT_GT(InARow(tangents, 1, 0), 2 * InARow(tangents, 0, 1)) << "u runs to the right";
+    EXPECT_GT(InARow(binormals, 0, 1), 2 * InARow(binormals, 1, 0)) << "v runs upwards";
+    EXPECT_GT(InARow(PixelsOf(*turned, kRed), 0, 1), 2 * InARow(PixelsOf(*turned, kRed), 1, 0));
+
+    const Outcome bare = Run({"house.obj", "--show", "tangents", "-o", "bare.png"});
+    EXPECT_EQ(bare.exitCode, 0);
+    EXPECT_EQ(bare.err, "velmar: warning: house.obj: has no texture coordinates, so no tangents are shown\n");
+    const vx::PicturePtr picture = Opened("bare.png");
+    ASSERT_TRUE(picture);
+    EXPECT_TRUE(PixelsOf(*picture, kRed).empty());
+    EXPECT_FALSE(PixelsOf(*picture, kBlue).empty()) << "normals are there anyway";
 }
 
 TEST_F(Preview, ShowsSeveralModelsTogether)

@@ -1,0 +1,46 @@
+// VelmarBase: command line.
+#pragma once
+
+#include "Cli.h"
+#include "base/GEOM_Obj.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+
+class VXGeom;
+
+/// @file
+/// What verbs that make a model out of others share: reading, writing, and telling what was done.
+
+namespace vx::cli
+{
+
+/// Says on standard error what a reader left out.
+void WarnOfOddities(const BString& name, const GEOM_ReadReport& report);
+
+/// Reads a model, with all that its file holds, into a wrapper that makes no crease vertices.
+/// @return kDone, or the code of a failure that has been told
+int ReadModel(const std::string& name, VXGeom& geom);
+
+/// The options with which such a verb writes its model.
+struct ModelOutput
+{
+    std::string name;
+    bool json = false, verbose = false;
+
+    void AddTo(CLI::App& verb);
+    /// Writes the model whole or not at all, and then one line on standard output of what was done: "NAME: TEXT", or
+    /// `facts` led by the file's name. When the model itself goes there, the text is left out and the facts go to
+    /// standard error.
+    /// @return kDone, or the code of a failure that has been told
+    int Write(const VXGeom& geom, const BString& text, nlohmann::ordered_json facts) const;
+
+private:
+    int WriteToStandardOutput(const GEOM& record) const;
+};
+
+/// Says so when standard output took not all that was printed. @return the exit code
+int FinishStandardOutput();
+
+} // namespace vx::cli
