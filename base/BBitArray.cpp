@@ -29,14 +29,7 @@ bool BBitArray::SetCount(std::int64_t count)
     return true;
 }
 
-void BBitArray::Set(std::int64_t i, bool on)
-{
-    if (i < 0 || (i >= mCount && (!on || i == INT64_MAX || !SetCount(i + 1))))
-        return;
-    const std::uint64_t bit = std::uint64_t(1) << (i & 63);
-    std::uint64_t& word = mWords[i >> 6];
-    word = on ? word | bit : word & ~bit;
-}
+bool BBitArray::GrowTo(std::int64_t i) { return i < INT64_MAX && SetCount(i + 1); }
 
 void BBitArray::SetAll(bool on)
 {

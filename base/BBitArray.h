@@ -17,7 +17,15 @@ public:
     bool SetCount(std::int64_t count); ///< new bits are clear; false when memory ran out (the array is then empty)
     bool Get(std::int64_t i) const { return i >= 0 && i < mCount && ((mWords.Data()[i >> 6] >> (i & 63)) & 1) != 0; }
     bool operator[](std::int64_t i) const { return Get(i); }
-    void Set(std::int64_t i, bool on = true); ///< negative indices and clearing beyond the end do nothing
+    void Set(std::int64_t i, bool on = true) ///< negative indices and clearing beyond the end do nothing
+    {
+        if (i >= 0 && (i < mCount || (on && GrowTo(i))))
+        {
+            const std::uint64_t bit = std::uint64_t(1) << (i & 63);
+            std::uint64_t& word = mWords.Data()[i >> 6];
+            word = on ? word | bit : word & ~bit;
+        }
+    }
     void SetAll(bool on);
     void ClearAll() { SetAll(false); }
     std::int64_t NumSet() const;
@@ -26,6 +34,8 @@ public:
     friend bool operator==(const BBitArray& a, const BBitArray& b); ///< same count, same bits
 
 private:
+    bool GrowTo(std::int64_t i);
+
     std::int64_t mCount = 0;
     BArray<std::uint64_t> mWords; ///< bits beyond mCount are clear
 };

@@ -28,6 +28,7 @@ struct EDGELIST
     std::int32_t numCreaseVerts = 0;
 };
 
+class BBitArray;
 struct VXSubdivCache;
 namespace vx
 {
@@ -48,6 +49,24 @@ enum class GeomFlag : std::uint32_t
     IncludesLines = 1u << 8,         ///< there are drawable lines
     IncludesPoints = 1u << 9,        ///< there are drawable points
     DebugCreaseVerts = 1u << 10,     ///< write the crease dump
+};
+
+/// Which side a mirrored selection is copied from. Other values select nothing.
+enum E_MirrorDirection : std::int32_t
+{
+    kMirrorFromPlusX = 0,
+    kMirrorFromMinusX = 1,
+    kMirrorFromPlusY = 2,
+    kMirrorFromMinusY = 3,
+    kMirrorFromPlusZ = 4,
+    kMirrorFromMinusZ = 5,
+};
+
+/// What mirroring copies across.
+enum E_MirrorFlags : std::int32_t
+{
+    kMirrorAdd = 1,    ///< what is selected
+    kMirrorRemove = 2, ///< what is not
 };
 
 /// A mesh record with all that is derived from it: edge list, normals, crease vertices, sorted drawing data, and a
@@ -340,6 +359,29 @@ public:
     /// Whether a corner can join those already in a list: some edge at its vertex leads from its polygon to the polygon
     /// of one of them, and the two sides of that edge can be grouped.
     bool WillGroupPolygons(const PolyLineVert& corner, const BArray<PolyLineVert>& group) const;
+
+    // --- Selections: VXGeomSelection.cpp
+    // Polygons are selected by a named group, vertices by bits. Each call is one step, whatever the order of elements;
+    // it needs the edge list. A group that does not exist, or memory that ran out, leaves everything as it is. Bits
+    // beyond the mesh are ignored, missing ones are clear.
+
+    void PolyGroupAddOrRemoveWithBitArray(const char* group, bool remove, const BBitArray& polys);
+    void PolyGroupGrowSelection(const char* group);           ///< by all polygons that share a vertex
+    void PolyGroupShrinkSelection(const char* group);         ///< by those at unselected ones; borders take nothing
+    void PolyGroupGrowSelectionEdgeLoop(const char* group);   ///< strips, at their ends
+    void PolyGroupShrinkSelectionEdgeLoop(const char* group); ///< strips, at their ends; lone polygons go too
+    /// Copies membership across a coordinate plane, by the nearest polygon centre on the source side.
+    /// @param flags E_MirrorFlags
+    void PolyGroupMirrorSelection(const char* group, E_MirrorDirection direction, std::int32_t flags);
+
+    void VertexGroupGrowSelection(BBitArray& verts) const;
+    void VertexGroupShrinkSelection(BBitArray& verts) const;
+    void VertexGroupGrowSelectionEdgeLoop(BBitArray& verts) const;
+    void VertexGroupShrinkSelectionEdgeLoop(BBitArray& verts) const; ///< a lone vertex stays
+    void VertexGroupMirrorSelection(BBitArray& verts, E_MirrorDirection direction, std::int32_t flags) const;
+    /// Selects the vertices of a group's polygons, hidden ones left out. @param verts out, NumVerts(false) bits
+    /// @return false, and no bit set, when the mesh or the group is missing
+    bool SetVertGroupFromPolyGroup(BBitArray& verts, const char* group) const;
 
     // --- Subdivision: VXGeomSubdivide.cpp (our own scheme), VXGeomOpenSubdiv.cpp (the adapter)
 
