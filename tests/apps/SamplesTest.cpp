@@ -68,6 +68,18 @@ TEST(Examples, MeshToolMeasuresACube)
     EXPECT_EQ(place.Run(VELMAR_MESH_TOOL, {"none.obj"}).exitCode, 1);
 }
 
+TEST(Examples, PosingCountsFrames)
+{
+    Workplace place;
+    place.Write("tent.obj",
+                "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0.5 0.5 1\nf 1 2 5\nf 2 3 5\nf 3 4 5\nf 4 1 5\nf 4 3 2 1\n");
+    const Outcome outcome = place.Run(VELMAR_POSING, {"tent.obj", "5"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(
+        std::regex_match(outcome.out, std::regex("5 polygons, subdivided twice 64\n[1-9][0-9]* frames per second\n")))
+        << outcome.out;
+}
+
 TEST(Examples, LoggingEngineSeesOneFrame)
 {
     Workplace place;
