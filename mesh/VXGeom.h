@@ -465,6 +465,8 @@ private:
     bool AllocateCreaseMemory();             // the corners, not redirected yet
     unsigned GroupingDifferences(const PolyLineVert& a, const PolyLineVert& b) const;
     PolyLineVert SideOf(const VXEdge& edge, bool second) const; // with the corners at both ends
+    bool SplitSectors(const vx::CreaseMesh& mesh, BArray<std::int32_t>& creases, BArray<std::int32_t>& originals,
+                      BArray<std::uint8_t>& split);
     bool ClassifyByGrouping(BArray<std::int32_t>& creases);
     bool SplitByGrouping(const vx::CreaseMesh& mesh, std::span<const std::int32_t> creases,
                          BArray<std::int32_t>& originals, BArray<std::uint8_t>& split);

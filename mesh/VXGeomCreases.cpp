@@ -98,14 +98,17 @@ bool AppendPositions(VERTEX*& verts, std::size_t numVerts, std::span<const std::
 // Values of smGenCreaseMethod; any other goes along the crease edges.
 static constexpr int kGroupAcrossEdges = 1, kGroupAtEdges = 2;
 
-bool VXGeom::FillCreaseData(EDGELIST* caller)
+// Finds the crease edges and gives each sector beside them its vertices, by the method that is set.
+bool VXGeom::SplitSectors(const vx::CreaseMesh& mesh, BArray<std::int32_t>& creases, BArray<std::int32_t>& originals,
+                          BArray<std::uint8_t>& split)
 {
-    vx::CreaseMesh mesh;
-    mesh.polys = vx::PolysOf(*mGeom);
-    mesh.edges = {mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())};
-    mesh.links = mEdgeList.Links();
-    mesh.firstLink = mEdgeList.FirstLinks();
-    mesh.tex = mGeom->tex;
+    const auto found = [&creases]
+    { return std::span<const std::int32_t>(creases.Data(), std::size_t(creases.Count())); };
+    if (!AllocateCreaseMemory())
+        return false;
+    if (smGenCreaseMethod == kGroupAcrossEdges || smGenCreaseMethod == kGroupAtEdges)
+        return ClassifyByGrouping(creases) && SplitByGrouping(mesh, found(), originals, split);
+
     vx::CreaseRules rules;
     rules.polyNormals = UseCreaseAngle() && HasAllPolyNormals() ? mPolyNormals : nullptr;
     rules.angle = mCreaseAngle;
@@ -114,18 +117,23 @@ bool VXGeom::FillCreaseData(EDGELIST* caller)
         rules.cornerNormals = mGeom->normals;
         rules.normalSets = mGeom->normalSets;
     }
+    return vx::ClassifyEdges(mesh, rules, creases) && vx::SplitSectors(mesh, found(), mCreaseSets, originals, split);
+}
 
+bool VXGeom::FillCreaseData(EDGELIST* caller)
+{
+    vx::CreaseMesh mesh;
+    mesh.polys = vx::PolysOf(*mGeom);
+    mesh.edges = {mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())};
+    mesh.links = mEdgeList.Links();
+    mesh.firstLink = mEdgeList.FirstLinks();
+    mesh.tex = mGeom->tex;
     BArray<std::int32_t> creases, originals;
     BArray<std::uint8_t> split;
-    const bool grouped = smGenCreaseMethod == kGroupAcrossEdges || smGenCreaseMethod == kGroupAtEdges;
-    if (!(grouped ? ClassifyByGrouping(creases) : vx::ClassifyEdges(mesh, rules, creases)) || !AllocateCreaseMemory())
+    if (!SplitSectors(mesh, creases, originals, split))
         return false;
-    const std::span<const std::int32_t> found(creases.Data(), std::size_t(creases.Count()));
-    if (!(grouped ? SplitByGrouping(mesh, found, originals, split)
-                  : vx::SplitSectors(mesh, found, mCreaseSets, originals, split)))
-        return false;
-    const std::size_t numCorners = MEM_Count(mGeom->sets), numVerts = std::size_t(mGeom->numVerts);
 
+    const std::size_t numCorners = MEM_Count(mGeom->sets), numVerts = std::size_t(mGeom->numVerts);
     const std::size_t numCopies = std::size_t(originals.Count()), count = numVerts + numCopies;
     const std::span<const std::int32_t> copies(originals.Data(), numCopies);
     if (!MEM_SizeArrayForWriting(mUvsPerVertex, count) || !MEM_SizeArrayForWriting(mOrigCreaseIndex, numCopies) ||
