@@ -160,8 +160,10 @@ public:
 
     /// Brings levels 0 to the current one up to date with the control mesh. Level 0 is a copy of the control mesh that
     /// delegates may deform; when its vertex or polygon count no longer fits, all levels are dropped and made anew.
+    /// The scheme is OpenSubdiv's where VXSwitches::OpenSubdivOn, else our own.
     /// @return 0; -2 without a control mesh or when a level could not be made; otherwise the scheme's failure. -1 from
-    ///         the scheme keeps that level's mesh as it is, goes on with the next, and is returned at the end
+    ///         the scheme keeps that level's mesh as it is, goes on with the next, and is returned at the end. -1 also
+    ///         above level 15, and then nothing is built
     int RebuildSubDiv();
     void ClearSubdivStructures(); ///< deletes all levels
 

@@ -269,7 +269,7 @@ inline bool IsPlain(const Step& step, std::int32_t poly, bool isFace, const std:
     return length > kFewCorners ? AllDifferentByMarks(step, poly, ring, length) : AllDifferent(ring, length);
 }
 
-// These return the number of quads after theirs.
+// This and SplitByWalking write a polygon's quads from q on, and return how many there are then.
 template <bool Textured>
 inline std::int32_t SplitPlain(const Step& step, const QuadWriter& writer, std::int32_t q, const std::int32_t* ring,
                                std::int32_t length)
