@@ -34,16 +34,6 @@ std::int64_t PolygonsInGroups(const GEOM& record)
     return count;
 }
 
-// Materials mean something only together with the files that describe them.
-bool TakeMaterialFiles(const GEOM& from, GEOM& to)
-{
-    for (const BString& file : from.materialFiles)
-        if (std::find(to.materialFiles.begin(), to.materialFiles.end(), file) == to.materialFiles.end() &&
-            !to.materialFiles.Append(file))
-            return false;
-    return true;
-}
-
 int Transfer(const TransferArguments& arguments, const VXGeom& from, VXGeom& to)
 {
     const BString fromName(arguments.from), toName(arguments.to);
@@ -58,7 +48,7 @@ int Transfer(const TransferArguments& arguments, const VXGeom& from, VXGeom& to)
                             fromName + " to go by polygon");
         if (from.Geom()->groupNames.IsEmpty() && from.NumGeomMaterials() == 0)
             return Fail(kFailed, fromName, 0, "has no named groups and no materials, expected some to transfer");
-        done = to.CopyGroupsAndMaterials(&from) == 0 && TakeMaterialFiles(*from.Geom(), *to.Geom());
+        done = to.CopyGroupsAndMaterials(&from) == 0;
     }
     else
     {
