@@ -5,6 +5,23 @@
 #include <new>
 #include <numeric>
 
+namespace
+{
+// What a quad of the result takes with its edges, normals and remap entry (about 250), the coarser levels that an
+// object keeps beside it, and what building it takes.
+constexpr std::size_t kBytesPerQuad = 400;
+
+// Asks the system for all of it at once: it refuses what it could never give, which the many requests of a level would
+// find out too late.
+bool CanHold(int quads)
+{
+    const std::size_t bytes = std::size_t(quads) * kBytesPerQuad;
+    void* const probe = MEM_RawAlloc(bytes);
+    MEM_RawFree(probe, bytes);
+    return probe != nullptr;
+}
+} // namespace
+
 void VXGeom::SubdivideCatmullClark(VXGeom* dest)
 {
     if (!dest || dest == this || !mGeom || dest->mGeom == mGeom)
@@ -27,8 +44,8 @@ bool VXGeom::FillSubdivided(VXGeom& dest) const
         return false;
     const vx::CatmullSizes sizes = vx::CatmullSizesOf(source, scratch);
     dest.Empty();
-    if (dest.SetSizeFor(sizes.verts, sizes.polys, sizes.corners, sizes.texVerts) != 0 || !dest.TakeMaterials(*mGeom) ||
-        !dest.mSubdivPolyRemapTable.SetCountForWriting(sizes.polys) ||
+    if (!CanHold(sizes.polys) || dest.SetSizeFor(sizes.verts, sizes.polys, sizes.corners, sizes.texVerts) != 0 ||
+        !dest.TakeMaterials(*mGeom) || !dest.mSubdivPolyRemapTable.SetCountForWriting(sizes.polys) ||
         !dest.mSubdivVertRemapTable.SetCountForWriting(std::int64_t(source.points.size())))
         return false;
     std::iota(dest.mSubdivVertRemapTable.begin(), dest.mSubdivVertRemapTable.end(), 0);
