@@ -78,17 +78,31 @@ std::int32_t* FillRing(const Far::TopologyLevel& level, Far::Index v, std::int32
 {
     const Far::ConstIndexArray faces = level.GetVertexFaces(v), edges = level.GetVertexEdges(v);
     const Sdc::Crease::Rule rule = level.GetVertexRule(v);
-    const bool smooth = rule == Sdc::Crease::RULE_SMOOTH || rule == Sdc::Crease::RULE_DART;
-    *out++ = smooth ? faces.size() : rule == Sdc::Crease::RULE_CREASE ? kSharp : 0;
-    if (smooth)
+    std::int32_t* const head = out++;
+    const auto acrossEdges = [&](bool sharpOnly)
+    {
+        for (const Far::Index e : edges)
+            if (!sharpOnly || level.GetEdgeSharpness(e) > 0)
+            {
+                const Far::ConstIndexArray verts = level.GetEdgeVertices(e);
+                *out++ = verts[0] == v ? verts[1] : verts[0];
+            }
+    };
+    *head = 0;
+    if (rule == Sdc::Crease::RULE_CREASE)
+    {
+        acrossEdges(true);
+        *head = out - head == 3 ? kSharp : 0;
+    }
+    else if (rule != Sdc::Crease::RULE_CORNER && faces.size() == edges.size())
+    {
         out = std::copy(faces.begin(), faces.end(), out);
-    for (const Far::Index e : edges)
-        if (smooth || (rule == Sdc::Crease::RULE_CREASE && level.GetEdgeSharpness(e) > 0))
-        {
-            const Far::ConstIndexArray verts = level.GetEdgeVertices(e);
-            *out++ = verts[0] == v ? verts[1] : verts[0];
-        }
-    return out;
+        acrossEdges(false);
+        *head = faces.size();
+    }
+    // Where polygons run over one vertex in ways that no rule has a mask for, it stays where it is. OpenSubdiv's own
+    // interpolation then takes weights that nobody has set.
+    return *head == 0 ? head + 1 : out;
 }
 
 bool Step::Fill(const Far::TopologyLevel& level)

@@ -15,6 +15,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -220,7 +221,23 @@ TEST(OpenSubdiv, EqualsADirectUseOfItsClasses)
 
 TEST(OpenSubdiv, StaysWithinTheBoxOfTheControlMesh)
 {
-    for (const TestMesh& mesh : AllMeshes())
+    std::vector<TestMesh> meshes = AllMeshes();
+    std::minstd_rand random(7);
+    const auto below = [&random](int limit) { return int(random() % unsigned(limit)); };
+    for (int i = 0; i < 2000; ++i) // polygons that run over few vertices in any order
+    {
+        TestMesh& mesh = meshes.emplace_back(TestMesh{"random " + std::to_string(i), {}, {}, {}});
+        for (int v = 3 + below(8); v > 0; --v)
+            mesh.verts.push_back({float(below(99)), float(below(99)), float(below(99))});
+        for (int f = 1 + below(8); f > 0; --f)
+            for (int k = (mesh.faces.emplace_back(), 3 + below(5)); k > 0; --k)
+            {
+                mesh.faces.back().push_back(below(int(mesh.verts.size())));
+                if (i % 2)
+                    mesh.uvs.push_back({float(below(5)), float(below(5))});
+            }
+    }
+    for (const TestMesh& mesh : meshes)
     {
         SCOPED_TRACE(mesh.name);
         VXGeom control(mesh.Record().get()), dest;
