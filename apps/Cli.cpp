@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -143,6 +144,23 @@ CLI::Option* AddNumber(CLI::App& verb, const char* name, float& value, double lo
         if (CLI::detail::lexical_cast(text, number) && number >= low && number <= high)
             return std::string();
         return BString::Format("'%s' makes no sense, expected a number from %g to %g", text.c_str(), low, high).Std();
+    };
+    return verb.add_option(name, value, purpose)
+        ->type_name("NUMBER")
+        ->check(CLI::Validator(check, ""))
+        ->capture_default_str();
+}
+
+CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int low, int high, const char* purpose)
+{
+    const auto check = [low, high](const std::string& text)
+    {
+        int number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (error == std::errc() && end == text.data() + text.size() && number >= low && number <= high)
+            return std::string();
+        return BString::Format("'%s' makes no sense, expected a whole number from %d to %d", text.c_str(), low, high)
+            .Std();
     };
     return verb.add_option(name, value, purpose)
         ->type_name("NUMBER")

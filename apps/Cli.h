@@ -105,11 +105,15 @@ CLI::Validator Choice(const char* what, const std::vector<std::string>& choices)
 /// "a, b or c"
 std::string Listed(const std::vector<std::string>& names);
 
+/// An option with a whole number in [low, high].
+CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int low, int high, const char* purpose);
+
 // Each verb adds itself to the grammar; `exitCode` is set when its verb ran.
 
 void AddPreviewVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);
 void AddWeldVerb(CLI::App& app, int& exitCode);
 void AddTransferGroupsVerb(CLI::App& app, int& exitCode);
+void AddSubdivideVerb(CLI::App& app, int& exitCode);
 
 } // namespace vx::cli

@@ -45,7 +45,7 @@ int FailUsage(const CLI::App& app, const CLI::ParseError& error)
 int Run(int argc, char** argv)
 {
     int exitCode = kDone;
-    CLI::App app("Works on polygon models: renders them to pictures, tells what is in them, welds and groups them.",
+    CLI::App app("Works on polygon models: renders them to pictures, tells what is in them, makes new ones of them.",
                  "velmar");
     app.set_version_flag("--version", "velmar " VELMAR_VERSION);
     app.set_help_flag("-h,--help", "Print this help and leave");
@@ -56,6 +56,7 @@ int Run(int argc, char** argv)
     AddInfoVerb(app, exitCode);
     AddWeldVerb(app, exitCode);
     AddTransferGroupsVerb(app, exitCode);
+    AddSubdivideVerb(app, exitCode);
 
     try
     {

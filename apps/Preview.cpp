@@ -1,5 +1,6 @@
 // VelmarBase: command line.
 #include "Cli.h"
+#include "Subdivision.h"
 
 #include "base/BFile.h"
 #include "base/MEM.h"
@@ -7,6 +8,7 @@
 #include "engine/VXScene.h"
 #include "host/Preview.h"
 #include "host/image/Png.h"
+#include "host/import/ElementParts.h"
 #include "mesh/VXGeom.h"
 
 #include <CLI/CLI.hpp>
@@ -32,7 +34,7 @@ struct PreviewArguments
     std::vector<std::string> inputs;
     std::string output = "preview.png", texture;
     std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
-    std::string show;
+    std::string show, scheme = SchemeNames().front();
     bool noCreases = false, noShadows = false, verbose = false;
     PreviewOptions picture;
     ImportOptions import;
@@ -191,8 +193,24 @@ void ReadTexts(PreviewArguments& arguments)
     picture.view.up = arguments.up == "z" ? UpAxis::Z : UpAxis::Y;
     picture.shadows = picture.shadows && !arguments.noShadows;
     arguments.import.creases = !arguments.noCreases;
+    picture.ownScheme = arguments.scheme == kOwnScheme;
+    arguments.import.separateLines = picture.subdivision > 0;
     if (!arguments.show.empty())
         picture.vectors = arguments.show == "normals" ? VectorKind::Normals : VectorKind::Tangents;
+}
+
+BString SubdivisionProblemOf(Preview& preview, const PreviewOptions& options)
+{
+    for (std::int64_t i = 0; i < preview.Scene().NumObjects() && options.subdivision > 0; ++i)
+    {
+        const VXObject* const object = preview.Scene().Object(int(i));
+        if (!object || !object->Geom() || !HasElements(*object->Geom()->Geom(), ElementPart::Faces))
+            continue;
+        const BString problem = SubdivisionProblem(*object->Geom()->Geom(), options.subdivision, options.ownScheme);
+        if (!problem.IsEmpty())
+            return object->ExternalName() + ": " + problem;
+    }
+    return {};
 }
 
 void WarnOfMissingTangents(Preview& preview)
@@ -225,6 +243,8 @@ int RunPreview(PreviewArguments& arguments)
     }
     if (!arguments.texture.empty() && !preview.SetDefaultTexture(BPath(BString(arguments.texture))))
         return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
+    if (const BString problem = SubdivisionProblemOf(preview, arguments.picture); !problem.IsEmpty())
+        return Fail(kFailed, "", 0, problem);
     if (arguments.picture.vectors == VectorKind::Tangents)
         WarnOfMissingTangents(preview);
     if (!preview.PrepareContext())
@@ -308,6 +328,12 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
         ->check(Choice("crease method", {"0", "1", "2"}))
         ->capture_default_str()
         ->excludes("--no-creases");
+    CLI::Option* const subdivide = AddWholeNumber(*verb, "--subdivide", picture.subdivision, 0, kMostSubdivision,
+                                                  "Show the smooth surface of which the model is the control mesh: "
+                                                  "each level has four times the polygons of the one before");
+    AddScheme(*verb, arguments->scheme)->needs(subdivide);
+    verb->add_flag("--cage", picture.cage, "Show the control mesh as wires over the subdivided surface")
+        ->needs(subdivide);
     verb->add_option("--show", arguments->show,
                      "Draw the vectors of each vertex as short lines: normals blue, tangents red and binormals green "
                      "with them")

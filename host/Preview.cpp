@@ -2,10 +2,14 @@
 
 #include "draw/VXSceneDrawOptions.h"
 #include "engine/VXCamera.h"
+#include "engine/VXObject.h"
 #include "engine/VXScene.h"
+#include "engine/VXSceneDelegate.h"
+#include "engine/VXSwitches.h"
 #include "host/gl/Framebuffer.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/VXGLDrawEngine.h"
+#include "host/import/ElementParts.h"
 #include "host/window/OffscreenContext.h"
 #include "mesh/VXGeom.h"
 
@@ -17,10 +21,19 @@ namespace vx
 // Larger pictures are drawn in tiles: a multisampled target of this side takes 128 MiB.
 static constexpr int kTileSide = 2048;
 
+/// Remembers which objects could not be subdivided.
+class SubdivisionWatch : public VXSceneDelegate
+{
+public:
+    void NotifyForFailedSubdivision(VXObject* object) override { mFailed.Append(object->ExternalName()); }
+    BArray<BString> mFailed;
+};
+
 struct Preview::Context
 {
     OffscreenContext offscreen;
     Framebuffer target;
+    SubdivisionWatch watch;
 };
 
 static int DeriveBeforeFrame(VXScene* scene, void*)
@@ -36,6 +49,7 @@ Preview::Preview()
     mScene->InitDefaultCameras();
     mScene->SetDrawEngine(mEngine.get());
     mScene->SetPrepareProc(DeriveBeforeFrame, nullptr);
+    mScene->SetSceneDelegate(&mContext->watch);
     mEngine->SetTextures(&mModels.Textures());
 }
 
@@ -130,7 +144,7 @@ void Preview::ApplyStyle(const PreviewOptions& options)
 void Preview::ApplyGround(const PreviewOptions& options)
 {
     if (mStyled && !mGroundStale && options.ground == mApplied.ground && options.view.up == mApplied.view.up &&
-        options.subdivision == mApplied.subdivision)
+        options.subdivision == mApplied.subdivision && options.ownScheme == mApplied.ownScheme)
         return;
     mScene->SetNeedsShadowRedraw(true);
     RemoveGround(*mScene);
@@ -145,26 +159,51 @@ void Preview::ApplyGround(const PreviewOptions& options)
     mGroundStale = false;
 }
 
-void Preview::ApplySubdivision(int level)
+// Objects without faces, and the ground, stay as they are: their control meshes are drawn, so control meshes are
+// visible to the scene, and a switch keeps those of subdivided objects from being drawn as cages.
+void Preview::ApplySubdivision(const PreviewOptions& options)
 {
-    mScene->SetControlMeshVisible(level < 1);
+    const int wanted = std::clamp(options.subdivision, 0, kMostSubdivision);
+    const bool otherScheme = options.ownScheme != mOwnScheme;
+    mOwnScheme = options.ownScheme;
     for (std::int64_t i = 0; i < mScene->NumObjects(); ++i)
     {
         VXObject* const object = mScene->Object(int(i));
-        if (!object || object->InternalName() == "GROUND" || object->CurSubDivLevel() == level)
+        if (!object || !object->Geom() || !object->Geom()->Geom() || object->InternalName() == "GROUND")
             continue;
+        const bool faces = wanted == 0 || HasElements(*object->Geom()->Geom(), ElementPart::Faces);
+        const int level = faces ? wanted : 0;
+        if (object->CurSubDivLevel() == level && !(otherScheme && level > 0))
+            continue;
+        if (otherScheme)
+            object->ClearSubdivStructures();
         object->SetCurSubDivLevel(level);
         object->SetSubdivDirty(true);
     }
 }
 
+void Preview::Derive(const PreviewOptions& options)
+{
+    const VXSwitches::Scoped scheme(VXSwitches::OpenSubdivOn, VXSwitches::SetOpenSubdivOn,
+                                    VXSwitches::OpenSubdivOn() && !options.ownScheme);
+    ApplySubdivision(options);
+    mScene->UpdateDerivedData();
+    TellOfFailures();
+}
+
+void Preview::TellOfFailures()
+{
+    for (const BString& name : mContext->watch.mFailed)
+        mReport.warnings.Append(name + ": could not be subdivided as far as asked for");
+    mContext->watch.mFailed.Empty();
+}
+
 View Preview::FitToScene(const PreviewOptions& options)
 {
     VXScene::SetCurrentScene(mScene.get());
-    ApplySubdivision(std::clamp(options.subdivision, 0, 6));
-    mScene->UpdateDerivedData();
+    Derive(options);
     BArray<VERTEX> points, around;
-    VisiblePoints(*mScene, points);
+    VisiblePoints(*mScene, points, options.cage);
     VXBBox box;
     box.Extend(points.Data(), int(points.Count()));
     if (box.Initialized() && (options.shadows || options.ground))
@@ -201,8 +240,7 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
     if (!PrepareContext())
         return false;
     VXScene::SetCurrentScene(mScene.get());
-    ApplySubdivision(std::clamp(options.subdivision, 0, 6));
-    mScene->UpdateDerivedData();
+    Derive(options);
     ApplyStyle(options);
     ApplyGround(options);
     mStyled = true;
@@ -210,6 +248,7 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
     PlaceCamera(*mScene, view);
     PlaceLights(*mScene, view);
     mEngine->SetPixelScale(pixelScale);
+    const VXSwitches::Scoped noCages(VXSwitches::SubdividedDrawing, VXSwitches::SetSubdividedDrawing, !options.cage);
     return DrawScene(view);
 }
 

@@ -37,8 +37,11 @@ struct PreviewOptions
     VectorKind vectors = VectorKind::Off; ///< drawn as short lines over the surfaces
     bool backFaces = true;                ///< shown, in a colour of their own; off: culled
     int samples = 4;                      ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
-    int subdivision = 0;                  ///< level at which objects are shown; 0 is the mesh as it is
+    int subdivision = 0;    ///< level at which objects are shown, up to kMostSubdivision; 0 is the mesh as it is
+    bool ownScheme = false; ///< subdivides by the library's own Catmull-Clark scheme even where there is OpenSubdiv
+    bool cage = false;      ///< control meshes as wires over their subdivided surfaces
 };
+inline constexpr int kMostSubdivision = 6; ///< levels; each has four times the polygons of the one before
 
 /// Models from files as pictures: what a small program needs of this library, in one class. Owns scene, engine, models
 /// and, unless one is lent, an OpenGL context without a window. One thread.
@@ -86,7 +89,9 @@ private:
     bool Took(const VXObject* object);
     void ApplyStyle(const PreviewOptions& options);
     void ApplyGround(const PreviewOptions& options);
-    void ApplySubdivision(int level);
+    void Derive(const PreviewOptions& options);
+    void ApplySubdivision(const PreviewOptions& options);
+    void TellOfFailures();
     PicturePtr RenderTiles(const PreviewOptions& options, const View& view, int scale, int samples);
     bool DrawScene(const View& view);
 
@@ -98,6 +103,7 @@ private:
     BString mError, mContextDescription;
     bool mOwnContext = true, mEngineReady = false;
     bool mStyled = false, mGroundStale = true;
+    bool mOwnScheme = false; ///< by which the levels there are were made
     PreviewOptions mApplied; ///< what the scene is styled for
 };
 } // namespace vx

@@ -176,34 +176,42 @@ View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, flo
     return view;
 }
 
-bool VisiblePoints(const VXScene& scene, BArray<VERTEX>& points)
+// Vertices that a polygon shows, in world space.
+static bool AppendPoints(const VXGeom& mesh, const Mat44 toWorld, BArray<VERTEX>& points)
+{
+    const GEOM& record = *mesh.Geom();
+    BArray<std::uint8_t> used;
+    if (!used.SetCount(record.numVerts))
+        return false;
+    for (std::int32_t p = 0; p < record.numPolys; ++p)
+    {
+        const ELEMENT& poly = *record.Poly(p);
+        for (std::int32_t k = 0; !poly.IsHidden() && k < poly.length; ++k)
+            used[record.sets[poly.start + k]] = 1;
+    }
+    for (std::int32_t v = 0; v < record.numVerts; ++v)
+    {
+        VERTEX world;
+        MAT_VertTransform(record.verts + v, &world, 1, toWorld);
+        if (used[v] && !points.Append(world))
+            return false;
+    }
+    return true;
+}
+
+bool VisiblePoints(const VXScene& scene, BArray<VERTEX>& points, bool cages)
 {
     points.Empty();
-    BArray<std::uint8_t> used;
     for (std::int64_t i = 0; i < scene.NumObjects(); ++i)
     {
         const VXObject* const object = scene.Object(int(i));
         if (!object || !object->Visible() || object->InternalName() == "GROUND")
             continue;
-        const VXGeom* const mesh = object->CurSubdivGeom(true) ? object->CurSubdivGeom(true) : object->Geom();
-        if (!mesh || !mesh->Geom() || mesh->NumVerts(false) < 1)
-            continue;
-        const GEOM& record = *mesh->Geom();
-        if (!used.SetCount(0) || !used.SetCount(record.numVerts))
-            return false;
-        for (std::int32_t p = 0; p < record.numPolys; ++p)
-        {
-            const ELEMENT& poly = *record.Poly(p);
-            for (std::int32_t k = 0; !poly.IsHidden() && k < poly.length; ++k)
-                used[record.sets[poly.start + k]] = 1;
-        }
-        for (std::int32_t v = 0; v < record.numVerts; ++v)
-        {
-            VERTEX world;
-            MAT_VertTransform(record.verts + v, &world, 1, object->GetTransform());
-            if (used[v] && !points.Append(world))
+        const VXGeom* const control = object->Geom();
+        const VXGeom* const shown = object->CurSubdivGeom(true) ? object->CurSubdivGeom(true) : control;
+        for (const VXGeom* const mesh : {shown, cages && control != shown ? control : nullptr})
+            if (mesh && mesh->NumVerts(false) > 0 && !AppendPoints(*mesh, object->GetTransform(), points))
                 return false;
-        }
     }
     return true;
 }

@@ -53,8 +53,8 @@ VELMAR_HOST_EXPORT View FitView(std::span<const VERTEX> points, std::span<const 
                                 const ViewOptions& options);
 
 /// The corners of all faces, lines and points of the scene's visible objects, in world space. The ground is left out.
-/// False when memory ran out.
-VELMAR_HOST_EXPORT bool VisiblePoints(const VXScene& scene, BArray<VERTEX>& points);
+/// @param cages with those of the control meshes of subdivided objects  @return false when memory ran out
+VELMAR_HOST_EXPORT bool VisiblePoints(const VXScene& scene, BArray<VERTEX>& points, bool cages = false);
 
 /// Stores the view in the scene's current camera, which is made when there is none.
 VELMAR_HOST_EXPORT void PlaceCamera(VXScene& scene, const View& view);

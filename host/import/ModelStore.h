@@ -17,9 +17,10 @@ namespace vx
 /// How a model is brought in.
 struct ImportOptions
 {
-    float creaseAngle = 40; ///< degrees; edges at least this sharp are hard
-    bool creases = true;    ///< off: normals run through everywhere
-    int creaseMethod = 0;   ///< how creases split vertices: VXGeom::GenCreaseMethod while the model is derived
+    float creaseAngle = 40;     ///< degrees; edges at least this sharp are hard
+    bool creases = true;        ///< off: normals run through everywhere
+    bool separateLines = false; ///< lines and points become an object of their own, so that faces can be subdivided
+    int creaseMethod = 0;       ///< how creases split vertices: VXGeom::GenCreaseMethod while the model is derived
 };
 
 /// What there is to say about an import, one line each, led by the name of the file it is about.
@@ -61,6 +62,8 @@ public:
 
 private:
     VXObject* AddMesh(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder, ImportReport& report);
+    VXObject* AddParts(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder,
+                       const ImportOptions& options, ImportReport& report);
     void ReadMaterials(VXScene& scene, const BPath& path, ImportReport& report);
 
     BArray<VXGeom*> mMeshes;        ///< owned; objects borrow them

@@ -4,6 +4,7 @@
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
 #include "engine/VXSwitches.h"
+#include "host/import/ElementParts.h"
 #include "host/import/MaterialFile.h"
 #include "material/VXMaterial.h"
 #include "mesh/VXGeom.h"
@@ -145,7 +146,7 @@ VXObject* ModelStore::ImportObj(VXScene& scene, const BPath& path, const ImportO
         return nullptr;
     }
     TellOddities(path.FullPath(), read, report);
-    return AddMesh(scene, mesh.release(), path.FullPath(), path.Parent(), report);
+    return AddParts(scene, mesh.release(), path.FullPath(), path.Parent(), options, report);
 }
 
 VXObject* ModelStore::ImportObjText(VXScene& scene, const char* text, std::size_t size, const BString& name,
@@ -174,7 +175,31 @@ VXObject* ModelStore::ImportObjText(VXScene& scene, const char* text, std::size_
         return nullptr;
     }
     TellOddities(name, read, report);
-    return AddMesh(scene, mesh.release(), name, folder, report);
+    return AddParts(scene, mesh.release(), name, folder, options, report);
+}
+
+// Takes the mesh. @return the object with the faces, when there are any
+VXObject* ModelStore::AddParts(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder,
+                               const ImportOptions& options, ImportReport& report)
+{
+    std::unique_ptr<VXGeom> held(mesh);
+    const GEOM& whole = *mesh->Geom();
+    if (!options.separateLines || !HasElements(whole, ElementPart::Faces) || !HasElements(whole, ElementPart::Rest))
+        return AddMesh(scene, held.release(), name, folder, report);
+    VXObject* faces = nullptr;
+    for (const ElementPart part : {ElementPart::Rest, ElementPart::Faces})
+    {
+        GEOM* const record = CopyOfElements(whole, part);
+        std::unique_ptr<VXGeom> piece = NewMesh(options);
+        const bool made = record && piece->SetGeom(record, false) == 0;
+        piece->SetGeomShared(false);
+        faces = made ? AddMesh(scene, piece.release(), name, folder, report) : nullptr;
+        if (!made)
+            report.error = name + ": out of memory";
+        if (!faces)
+            return nullptr;
+    }
+    return faces;
 }
 
 // Takes the mesh.

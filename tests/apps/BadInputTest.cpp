@@ -127,8 +127,8 @@ TEST(BadOutput, IsFoundBeforeAnythingIsDrawn)
     ExpectFailure(place, {"preview", "good.obj", "-o", "some folder.png"}, 1,
                   "velmar: some folder\\.png: is a folder, expected .*");
     ExpectFailure(place, {"preview", "good.obj", "-o", "file/out.png"}, 1, "velmar: file/out\\.png: .*, expected .*");
-    const std::vector<std::vector<std::string>> makers = {{"weld", "good.obj"},
-                                                          {"transfer-groups", "file", "good.obj"}};
+    const std::vector<std::vector<std::string>> makers = {
+        {"weld", "good.obj"}, {"subdivide", "good.obj"}, {"transfer-groups", "file", "good.obj"}};
     for (std::vector<std::string> maker : makers)
     {
         SCOPED_TRACE(maker[0]);
@@ -199,6 +199,13 @@ TEST(Usage, ThatMakesNoSenseIsOneLineAndCode2)
         {{"weld", "good.obj", "-o", "x.obj", "--tolerance", "-1"}, "velmar: --tolerance: '-1' .*from 0 to .*"},
         {{"weld", "good.obj", "-o", "x.obj", "--tolerance", "nan"}, "velmar: --tolerance: 'nan' .*from 0 to .*"},
         {{"weld", "good.obj", "x.obj"}, "velmar: .*'velmar weld --help'"},
+        {{"preview", "good.obj", "--subdivide", "7"}, "velmar: --subdivide: '7' .*whole number from 0 to 6,.*"},
+        {{"preview", "good.obj", "--cage"}, "velmar: --cage requires --subdivide, .*"},
+        {{"subdivide", "good.obj", "-o", "x.obj", "--levels", "0"}, "velmar: --levels: '0' .*from 1 to 15,.*"},
+        {{"subdivide", "good.obj", "-o", "x.obj", "--levels", "-1"}, "velmar: --levels: '-1' .*from 1 to 15,.*"},
+        {{"subdivide", "good.obj", "-o", "x.obj", "--levels", "16"}, "velmar: --levels: '16' .*from 1 to 15,.*"},
+        {{"subdivide", "good.obj", "-o", "x.obj", "--levels", "1.5"}, "velmar: --levels: '1.5' .*from 1 to 15,.*"},
+        {{"subdivide", "good.obj", "-o", "x.obj", "--scheme", "loop"}, "velmar: --scheme: 'loop' .*catmull-clark,.*"},
         {{"transfer-groups", "good.obj", "-o", "x.obj"}, "velmar: .*TO.*required.*"},
         {{"transfer-groups", "good.obj", "good.obj", "-o", "x.obj", "--by", "name"},
          "velmar: --by: 'name' .*expected proximity or polygon,.*"},

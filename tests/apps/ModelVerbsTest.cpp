@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <iterator>
 #include <regex>
 
 using nlohmann::json;
@@ -14,8 +16,8 @@ namespace
 // Two squares side by side. Their common edge is there twice, once a millionth of a unit away, so that welding makes
 // six vertices of eight, or, of equal positions alone, seven.
 const std::string kCut = "mtllib paint.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 1 0 0.000001\nv 2 0 0\nv 2 1 0\n"
-                         "v 1 1 0\nvt 0 0\nvt 1 1\nvn 0 0 1\no Strip\ng left both\nusemtl red\ns 1\n"
-                         "f 1/1/1 2/2/1 3/2/1 4/1/1\ng both\nusemtl blue\ns off\nf 5//1 6//1 7//1 8//1\n";
+                         "v 1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\no Strip\ng left both\nusemtl red\ns 1\n"
+                         "f 1/1/1 2/2/1 3/3/1 4/4/1\ng both\nusemtl blue\ns off\nf 5//1 6//1 7//1 8//1\n";
 
 // Four squares in the places of the two, in one group of their own.
 const std::string kFine = "v 0 0 0\nv 0.5 0 0\nv 1 0 0\nv 1.5 0 0\nv 2 0 0\nv 0 1 0\nv 0.5 1 0\nv 1 1 0\nv 1.5 1 0\n"
@@ -87,7 +89,7 @@ TEST_F(ModelVerbs, WeldKeepsEverythingButTheVertices)
         after.erase(differing);
     }
     EXPECT_EQ(before, after);
-    EXPECT_NE(mPlace.Read("out.obj").find("f 1/1/1 2/2/1 3/2/1 4/1/1\n"), std::string::npos);
+    EXPECT_NE(mPlace.Read("out.obj").find("f 1/1/1 2/2/1 3/3/1 4/4/1\n"), std::string::npos);
     EXPECT_NE(mPlace.Read("out.obj").find("f 2//1 5//1 6//1 3//1\n"), std::string::npos);
 }
 
@@ -174,6 +176,69 @@ TEST_F(ModelVerbs, TransferGroupsSaysWhatItLacks)
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.out, "");
         EXPECT_EQ(outcome.err, std::string("velmar: ") + row.line + "\n");
+        EXPECT_FALSE(mPlace.Has("out.obj"));
+    }
+}
+
+TEST_F(ModelVerbs, SubdivideKeepsGroupsMaterialsAndTexture)
+{
+    ASSERT_EQ(Run({"weld", "cut.obj", "-o", "whole.obj"}).exitCode, 0);
+    for (const std::string scheme : {"opensubdiv", "catmull-clark"})
+    {
+        SCOPED_TRACE(scheme);
+        const Outcome outcome =
+            Run({"subdivide", "whole.obj", "-o", "out.obj", "--levels", "2", "--scheme", scheme, "--json"});
+        if (outcome.exitCode == 2) // a build without it says so
+        {
+            EXPECT_NE(outcome.err.find("built without OpenSubdiv, expected catmull-clark"), std::string::npos);
+            continue;
+        }
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.out, "{\"file\":\"out.obj\",\"polygonsBefore\":2,\"polygonsAfter\":32,\"levels\":2,"
+                               "\"scheme\":\"" +
+                                   scheme + "\"}\n");
+        const json control = Info("whole.obj"), info = Info("out.obj");
+        EXPECT_EQ(info["polygons"]["quads"], 32);
+        EXPECT_EQ(info["vertices"], 9 * 5) << "both halves share their border";
+        for (const char* const list : {"objects", "groups", "materials"})
+            for (const json& entry : control[list])
+                EXPECT_EQ(PolygonsIn(info, list, entry["name"]), 16 * entry["polygons"].get<int>()) << entry["name"];
+        EXPECT_EQ(info["materialFiles"], control["materialFiles"]);
+        EXPECT_EQ(info["smoothingGroups"], 1);
+        // The first square has texture coordinates, from (0, 0) to (1, 1); the second has none.
+        EXPECT_GE(info["textureVertices"], 25);
+        EXPECT_LE(info["textureVertices"], 4 * 16) << "none that no polygon uses";
+        const std::string text = mPlace.Read("out.obj");
+        const std::regex textured("\nf [0-9]+/[0-9]+ [0-9]+/[0-9]+ [0-9]+/[0-9]+ [0-9]+/[0-9]+(?=\n)");
+        EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), textured), {}), 16);
+    }
+}
+
+TEST_F(ModelVerbs, SubdivideTakesFacesAndSaysWhatItLeavesOut)
+{
+    mPlace.Write("mixed.obj", "v 9 9 9\nv 0 0 0\nv 1 0 0\nv 1 1 0\nl 1 2\nf 2 3 4\np 1\n");
+    const Outcome outcome = Run({"subdivide", "-", "-o", "-"}, "mixed.obj");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.err, "velmar: warning: <stdin>: lines and points are left out\n");
+    mPlace.Write("three.obj", outcome.out);
+    EXPECT_EQ(Info("three.obj")["vertices"], 7) << "the point's vertex is gone";
+    EXPECT_EQ(Info("three.obj")["polygons"]["quads"], 3);
+
+    mPlace.Write("points.obj", "v 0 0 0\np 1\n");
+    // Two fans that meet in a vertex, three faces on an edge, a face that comes back to a vertex, and no area at all.
+    mPlace.Write("odd.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv -1 0 0\nv 0 -1 0\nv 0 0 1\nv 5 5 5\nf 1 2 3\nf 1 4 5\n"
+                            "f 1 2 6\nf 2 1 5\nf 1 2 3 1 4\nf 1 1 1\n");
+    for (const std::string scheme : {"opensubdiv", "catmull-clark"})
+    {
+        const Outcome odd = Run({"subdivide", "odd.obj", "-o", "odd-out.obj", "--levels", "3", "--scheme", scheme});
+        EXPECT_EQ(odd.exitCode, 0) << odd.err;
+        const Outcome none = Run({"subdivide", "points.obj", "-o", "out.obj", "--scheme", scheme});
+        EXPECT_EQ(none.exitCode, 1);
+        EXPECT_EQ(none.err, "velmar: points.obj: has no faces, expected some to subdivide\n");
+        const Outcome deep = Run({"subdivide", "fine.obj", "-o", "out.obj", "--levels", "15", "--scheme", scheme});
+        EXPECT_EQ(deep.exitCode, 1);
+        EXPECT_EQ(deep.err, "velmar: fine.obj: level 15 would make more than 268435455 polygons, expected a level up "
+                            "to 12\n");
         EXPECT_FALSE(mPlace.Has("out.obj"));
     }
 }

@@ -313,6 +313,39 @@ TEST_F(Preview, ShowsTangentsAlongTheTexture)
     EXPECT_FALSE(PixelsOf(*picture, kBlue).empty()) << "normals are there anyway";
 }
 
+TEST_F(Preview, ShowsTheSubdividedSurfaceAndItsCage)
+{
+    const std::vector<std::string> view = {"--azimuth", "20", "--no-shadows", "--background", "000000"};
+    const auto lit = [&](std::vector<std::string> options)
+    {
+        options.insert(options.end(), view.begin(), view.end());
+        const vx::PicturePtr picture = Draw(options);
+        std::int64_t count = 0;
+        for (int y = 0; picture && y < picture->Height(); ++y)
+            for (int x = 0; x < picture->Width(); ++x)
+                count += picture->Row(y)[4 * x] > 40;
+        return count;
+    };
+    // The surface lies inside its cage; with the cage, both are fitted into the picture, and the surface is smaller.
+    const std::int64_t control = lit({}), surface = lit({"--subdivide", "2", "--zoom", "0.5"});
+    const std::int64_t caged = lit({"--subdivide", "2", "--cage"});
+    EXPECT_GT(4 * surface, control / 2);
+    EXPECT_LT(caged, 4 * surface) << "smaller, in spite of its wires";
+    const vx::PicturePtr one = Draw({"--subdivide", "2"}), with = Draw({"--subdivide", "2", "--cage"});
+    ASSERT_TRUE(one && with);
+    EXPECT_GT(Difference(*one, *with), 0.05);
+    // On a closed mesh the schemes agree.
+    const vx::PicturePtr own = Draw({"--subdivide", "2", "--scheme", "catmull-clark"});
+    ASSERT_TRUE(own);
+    EXPECT_LT(Difference(*one, *own), 0.001);
+
+    // What cannot be subdivided is still shown.
+    mPlace.Write("house.obj", kHouse + "l 5 9\nv 0 5 0\nl 9 11\n");
+    const vx::PicturePtr mast = Draw({"--subdivide", "2"});
+    ASSERT_TRUE(mast);
+    EXPECT_GT(Difference(*one, *mast), 0.05) << "the line reaches above the house";
+}
+
 TEST_F(Preview, ShowsSeveralModelsTogether)
 {
     mPlace.Write("far.obj", "v 8 0 0\nv 9 0 0\nv 9 1 0\nf 1 2 3\n");
