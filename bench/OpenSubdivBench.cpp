@@ -6,95 +6,17 @@
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
 #include "mesh/VXGeom.h"
+#include "tests/support/DirectSubdivision.h"
 
 #include <benchmark/benchmark.h>
-#include <opensubdiv/far/primvarRefiner.h>
-#include <opensubdiv/far/topologyDescriptor.h>
-#include <opensubdiv/far/topologyRefinerFactory.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <memory>
-#include <vector>
 
 namespace
 {
-namespace Far = OpenSubdiv::Far;
-
 const GEOM& Cage() { return TorusRecord(100, 100); }
-
-template <int N>
-struct Floats
-{
-    float f[N];
-    void Clear() { std::fill(f, f + N, 0.0f); }
-    void AddWithWeight(const Floats& from, float weight)
-    {
-        for (int i = 0; i < N; ++i)
-            f[i] += from.f[i] * weight;
-    }
-};
-
-/// A refiner with its buffers, all levels in a row.
-struct Direct
-{
-    std::unique_ptr<Far::TopologyRefiner> refiner;
-    std::vector<Floats<3>> points;
-    std::vector<Floats<2>> uvs;
-
-    explicit Direct(int level)
-    {
-        const GEOM& cage = Cage();
-        const std::vector<int> lengths(std::size_t(cage.numPolys), 4);
-        Far::TopologyDescriptor descriptor;
-        descriptor.numVertices = cage.numVerts;
-        descriptor.numFaces = cage.numPolys;
-        descriptor.numVertsPerFace = lengths.data();
-        descriptor.vertIndicesPerFace = cage.sets;
-        Far::TopologyDescriptor::FVarChannel channel;
-        channel.numValues = cage.tex->numVerts;
-        channel.valueIndices = cage.tex->sets;
-        descriptor.numFVarChannels = 1;
-        descriptor.fvarChannels = &channel;
-        OpenSubdiv::Sdc::Options rules;
-        rules.SetVtxBoundaryInterpolation(OpenSubdiv::Sdc::Options::VTX_BOUNDARY_EDGE_AND_CORNER);
-        rules.SetFVarLinearInterpolation(OpenSubdiv::Sdc::Options::FVAR_LINEAR_NONE);
-        using Factory = Far::TopologyRefinerFactory<Far::TopologyDescriptor>;
-        refiner.reset(Factory::Create(descriptor, Factory::Options(OpenSubdiv::Sdc::SCHEME_CATMARK, rules)));
-        refiner->RefineUniform(Far::TopologyRefiner::UniformOptions(level));
-        points.resize(std::size_t(refiner->GetNumVerticesTotal()));
-        uvs.resize(std::size_t(refiner->GetNumFVarValuesTotal()));
-    }
-
-    void Pose(const VERTEX* verts)
-    {
-        for (std::size_t v = 0; v < std::size_t(Cage().numVerts); ++v)
-            points[v] = {{verts[v].x, verts[v].y, verts[v].z}};
-        const Far::PrimvarRefiner primvars(*refiner);
-        Floats<3>* from = points.data();
-        for (int i = 1; i <= refiner->GetMaxLevel(); ++i)
-        {
-            Floats<3>* to = from + refiner->GetLevel(i - 1).GetNumVertices();
-            primvars.Interpolate(i, from, to);
-            from = to;
-        }
-    }
-
-    void Texture()
-    {
-        for (std::size_t v = 0; v < std::size_t(Cage().tex->numVerts); ++v)
-            uvs[v] = {{Cage().tex->verts[v].u, Cage().tex->verts[v].v}};
-        const Far::PrimvarRefiner primvars(*refiner);
-        Floats<2>* from = uvs.data();
-        for (int i = 1; i <= refiner->GetMaxLevel(); ++i)
-        {
-            Floats<2>* to = from + refiner->GetLevel(i - 1).GetNumFVarValues();
-            primvars.InterpolateFaceVarying(i, from, to);
-            from = to;
-        }
-    }
-};
 
 /// The cage and its subdivision, creases off as objects have them.
 struct Subdivided
@@ -151,9 +73,7 @@ void PeerRebuild(benchmark::State& state)
         state.SetIterationTime(SecondsOf(
             [&]
             {
-                Direct direct(int(state.range(0)));
-                direct.Pose(Cage().verts);
-                direct.Texture();
+                const DirectSubdivision direct(Cage(), int(state.range(0)));
                 benchmark::DoNotOptimize(direct.points.data());
             }));
 }
@@ -174,16 +94,15 @@ void OurPose(benchmark::State& state)
         };
         state.SetIterationTime(SecondsOf(pose));
     }
-    Direct direct(2);
-    direct.Pose(mesh.control.Verts());
-    const Floats<3>* const last = &direct.points.back() + 1 - mesh.dest.NumVerts(false);
-    if (std::memcmp(last, mesh.dest.Verts(), std::size_t(mesh.dest.NumVerts(false)) * sizeof(VERTEX)) != 0)
+    const DirectSubdivision direct(*mesh.control.Geom(), 2);
+    const std::size_t bytes = std::size_t(mesh.dest.NumVerts(false)) * sizeof(VERTEX);
+    if (std::memcmp(direct.LastPoints(), mesh.dest.Verts(), bytes) != 0)
         state.SkipWithError("the two poses differ");
 }
 
 void PeerPose(benchmark::State& state)
 {
-    Direct direct(2);
+    DirectSubdivision direct(Cage(), 2);
     for (auto _ : state)
         state.SetIterationTime(SecondsOf([&] { direct.Pose(Cage().verts); }));
 }

@@ -2,127 +2,61 @@
 #include "engine/VXSceneDelegate.h"
 #include "engine/VXSwitches.h"
 #include "mesh/VXGeom.h"
+#include "tests/support/DirectSubdivision.h"
 #include "tests/support/Meshes.h"
 
 #include <gtest/gtest.h>
-#include <opensubdiv/far/primvarRefiner.h>
-#include <opensubdiv/far/topologyDescriptor.h>
-#include <opensubdiv/far/topologyRefinerFactory.h>
 
 #include <cmath>
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <map>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 namespace
 {
-namespace Far = OpenSubdiv::Far;
-using Sdc = OpenSubdiv::Sdc::Options;
-
-template <int N>
-struct Floats
-{
-    float f[N];
-    void Clear() { std::fill(f, f + N, 0.0f); }
-    void AddWithWeight(const Floats& from, float weight)
-    {
-        for (int i = 0; i < N; ++i)
-            f[i] += from.f[i] * weight;
-    }
-};
-
-/// The same refinement by the plainest use of OpenSubdiv's own classes.
-struct Direct
-{
-    std::vector<Floats<3>> points;
-    std::vector<Floats<2>> uvs;
-    std::vector<int> corners, uvCorners, parents, children;
-
-    Direct(const GEOM& control, int level)
-    {
-        std::vector<int> lengths, verts, values;
-        for (int p = 0; p < control.numPolys; ++p)
-        {
-            const ELEMENT& poly = *control.Poly(p);
-            lengths.push_back(poly.length);
-            verts.insert(verts.end(), control.sets + poly.start, control.sets + poly.start + poly.length);
-            if (control.tex)
-            {
-                const std::int32_t* const ring = control.tex->sets + control.tex->polys[p].start;
-                values.insert(values.end(), ring, ring + poly.length);
-            }
-        }
-        Far::TopologyDescriptor descriptor;
-        descriptor.numVertices = control.numVerts;
-        descriptor.numFaces = control.numPolys;
-        descriptor.numVertsPerFace = lengths.data();
-        descriptor.vertIndicesPerFace = verts.data();
-        Far::TopologyDescriptor::FVarChannel channel;
-        channel.numValues = int(verts.size());
-        channel.valueIndices = values.data();
-        descriptor.numFVarChannels = control.tex ? 1 : 0;
-        descriptor.fvarChannels = &channel;
-        Sdc rules;
-        rules.SetVtxBoundaryInterpolation(Sdc::VTX_BOUNDARY_EDGE_AND_CORNER);
-        rules.SetFVarLinearInterpolation(Sdc::FVAR_LINEAR_NONE);
-        using Factory = Far::TopologyRefinerFactory<Far::TopologyDescriptor>;
-        const std::unique_ptr<Far::TopologyRefiner> refiner(
-            Factory::Create(descriptor, Factory::Options(OpenSubdiv::Sdc::SCHEME_CATMARK, rules)));
-        Far::TopologyRefiner::UniformOptions options(level);
-        options.fullTopologyInLastLevel = true;
-        refiner->RefineUniform(options);
-
-        const Far::PrimvarRefiner primvars(*refiner);
-        for (int v = 0; v < control.numVerts; ++v)
-            points.push_back({{control.verts[v].x, control.verts[v].y, control.verts[v].z}});
-        for (int v = 0; control.tex && v < channel.numValues; ++v)
-            uvs.push_back(v < control.tex->numVerts ? Floats<2>{{control.tex->verts[v].u, control.tex->verts[v].v}}
-                                                    : Floats<2>{{0, 0}});
-        for (int i = 1; i <= level; ++i)
-        {
-            std::vector<Floats<3>> finer(std::size_t(refiner->GetLevel(i).GetNumVertices()));
-            primvars.Interpolate(i, points, finer);
-            points.swap(finer);
-            if (!control.tex)
-                continue;
-            std::vector<Floats<2>> finerUVs(std::size_t(refiner->GetLevel(i).GetNumFVarValues()));
-            primvars.InterpolateFaceVarying(i, uvs, finerUVs);
-            uvs.swap(finerUVs);
-        }
-        const Far::TopologyLevel& last = refiner->GetLevel(level);
-        for (int f = 0; f < last.GetNumFaces(); ++f)
-        {
-            for (const int v : last.GetFaceVertices(f))
-                corners.push_back(v);
-            if (control.tex)
-                for (const int v : last.GetFaceFVarValues(f))
-                    uvCorners.push_back(v);
-            int parent = f;
-            for (int i = level; i > 0; --i)
-                parent = refiner->GetLevel(i).GetFaceParentFace(parent);
-            parents.push_back(parent);
-        }
-        for (int v = 0; v < control.numVerts; ++v)
-        {
-            children.push_back(v);
-            for (int i = 0; i < level; ++i)
-                children.back() = refiner->GetLevel(i).GetVertexChildVertex(children.back());
-        }
-    }
-};
-
 template <class A, class B>
-void ExpectSame(const A* ours, const std::vector<B>& theirs, const char* what)
+void ExpectSame(const A* ours, const B* theirs, std::int64_t count, const char* what)
 {
     static_assert(sizeof(A) == sizeof(B));
-    ASSERT_TRUE(theirs.empty() || ours) << what;
-    for (std::size_t i = 0; i < theirs.size(); ++i)
-        ASSERT_EQ(std::memcmp(ours + i, &theirs[i], sizeof(A)), 0) << what << ' ' << i;
+    for (std::int64_t i = 0; i < count; ++i)
+        ASSERT_EQ(std::memcmp(ours + i, theirs + i, sizeof(A)), 0) << what << ' ' << i;
+}
+
+void ExpectEqual(VXGeom& dest, const DirectSubdivision& direct)
+{
+    const auto& last = direct.Last();
+    const GEOM_Texture* const tex = dest.Geom()->tex;
+    ASSERT_EQ(dest.NumVerts(false), last.GetNumVertices());
+    ASSERT_EQ(dest.NumPolys(), last.GetNumFaces());
+    ASSERT_EQ(tex == nullptr, direct.uvs.empty());
+    ExpectSame(dest.Verts(), direct.LastPoints(), last.GetNumVertices(), "point");
+    if (tex)
+    {
+        ASSERT_EQ(tex->numVerts, last.GetNumFVarValues());
+        ExpectSame(tex->verts, direct.LastUVs(), tex->numVerts, "UV");
+    }
+    for (int f = 0; f < last.GetNumFaces(); ++f)
+    {
+        ExpectSame(dest.Sets(false) + 4 * f, last.GetFaceVertices(f).begin(), 4, "corner");
+        if (tex)
+            ExpectSame(tex->sets + 4 * f, last.GetFaceFVarValues(f).begin(), 4, "UV corner");
+        int parent = f;
+        for (int i = direct.refiner->GetMaxLevel(); i > 0; --i)
+            parent = direct.refiner->GetLevel(i).GetFaceParentFace(parent);
+        ASSERT_EQ(dest.SubdivPolyRemapTable()[f], parent);
+    }
+    const int numControl = direct.refiner->GetLevel(0).GetNumVertices();
+    ASSERT_EQ(dest.SubdivVertRemapTable().Count(), numControl);
+    for (int v = 0; v < numControl; ++v)
+    {
+        int child = v;
+        for (int i = 0; i < direct.refiner->GetMaxLevel(); ++i)
+            child = direct.refiner->GetLevel(i).GetVertexChildVertex(child);
+        ASSERT_EQ(dest.SubdivVertRemapTable()[v], child);
+    }
 }
 
 /// Everything about a mesh that a failure must leave alone.
@@ -202,20 +136,7 @@ TEST(OpenSubdiv, EqualsADirectUseOfItsClasses)
             const GeomPtr record = mesh.Record();
             VXGeom control(record.get()), dest;
             ASSERT_EQ(control.SubdivideOpenSubDiv(&dest, level, kSubdivSchemeOther, false), 0);
-            const Direct direct(*record, level);
-            ASSERT_EQ(dest.NumVerts(false), int(direct.points.size()));
-            ASSERT_EQ(dest.NumPolys(), int(direct.parents.size()));
-            ASSERT_EQ(dest.SubdivVertRemapTable().Count(), std::int64_t(direct.children.size()));
-            ExpectSame(dest.Verts(), direct.points, "point");
-            ExpectSame(dest.Sets(false), direct.corners, "corner");
-            ExpectSame(dest.SubdivPolyRemapTable().Data(), direct.parents, "parent of face");
-            ExpectSame(dest.SubdivVertRemapTable().Data(), direct.children, "child of vertex");
-            ASSERT_EQ(dest.Geom()->tex != nullptr, record->tex != nullptr);
-            if (!record->tex)
-                continue;
-            ASSERT_EQ(dest.Geom()->tex->numVerts, int(direct.uvs.size()));
-            ExpectSame(dest.Geom()->tex->verts, direct.uvs, "UV");
-            ExpectSame(dest.Geom()->tex->sets, direct.uvCorners, "UV corner");
+            ExpectEqual(dest, DirectSubdivision(*record, level));
         }
 }
 
@@ -331,9 +252,8 @@ TEST(OpenSubdiv, RefinesAnewOnlyWhenItMust)
             continue;
         }
         ASSERT_EQ(result, 0) << row.name;
-        const Direct direct(*control.Geom(), row.level);
-        ExpectSame(row.dest->Verts(), direct.points, row.name);
-        ExpectSame(row.dest->Sets(false), direct.corners, row.name);
+        SCOPED_TRACE(row.name);
+        ExpectEqual(*row.dest, DirectSubdivision(*control.Geom(), row.level));
     }
     EXPECT_EQ(host.verts, 15);
 }
