@@ -70,23 +70,19 @@ bool GEOM_GetGroupBit(const GEOM* g, const char* name, std::int32_t* word, std::
     return true;
 }
 
-// The slot of a named group, created when it is new; -1 when memory ran out. The records are widened before the name is
-// there, so that a failure leaves a record without half a group.
+// The slot of a named group, created when it is new; -1 when memory ran out, with the groups as they were.
 static std::int64_t GroupSlot(GEOM* g, const char* name)
 {
     const std::int64_t found = FindGroup(g, name);
     if (found >= 0)
         return kFirstNamedGroup + found;
-    BString copy(name);
     const std::int64_t slot = kFirstNamedGroup + g->groupNames.Count();
-    if (slot >= std::numeric_limits<std::int32_t>::max() || GEOM_SetNumGroups(g, int(slot + 1)) != 0)
+    if (slot >= std::numeric_limits<std::int32_t>::max() || !g->groupNames.AppendOrKeep(BString(name)))
         return -1;
-    if (!g->groupNames.Append(std::move(copy)))
-    {
-        g->numGroups = 0; // the names are lost with the array; so are the groups
-        return -1;
-    }
-    return slot;
+    if (GEOM_SetNumGroups(g, int(slot + 1)) == 0)
+        return slot;
+    g->groupNames.SetCount(g->groupNames.Count() - 1);
+    return -1;
 }
 
 int GEOM_GroupAddElem(GEOM* g, const char* name, int poly)

@@ -94,6 +94,7 @@ VXGeom* VXGeom::Clone(bool copyRecord) const
 void VXGeom::Empty()
 {
     DropDerived();
+    DropSnapshot();
     DropEdges();
     PutVertsBack();
     if (mGeom)
@@ -116,8 +117,12 @@ int VXGeom::SetSizeFor(int verts, int polys, int corners, int texVerts)
     }
     SetCurrentPoly(-1);
     SetDataSorted(false);
+    if (verts != NumVerts(false))
+        DropSnapshot();
     if (!UseExternalCreaseInfo())
         ClearEdgeSmoothing(); // crease vertices lie behind the record's, where others are about to be
+    mEdgeList.Begin(0);       // what refers to the old polygons is of no use
+    mEdgeList.End();
     if (!mGeom || mGeom->SetSize(polys, verts, corners, 0, texVerts > 0 ? corners : 0, texVerts) != 0)
         return -1;
     if (texVerts == 0)

@@ -258,7 +258,8 @@ public:
     static void SetObeyNormals(bool obey) { mObeyNormals = obey; }
     /// How GenerateCreaseData finds the sectors. 0 (and any other value but 1 and 2) goes along the crease edges. 1 and
     /// 2 group the polygons around each vertex by CanGroupPolygons: 1 across the edges of the edge list, 2 also between
-    /// any two polygons at an edge that more than two polygons share, where the list's pairs are accidental. All set
+    /// the polygons at an edge that more than two share, where the list's pairs are accidental (each with the 16 before
+    /// it). All set
     /// the same edge flags. On meshes without such edges they find the same sectors; crease vertices are then only
     /// numbered differently, along the creases in 0, vertex by vertex in 1 and 2.
     static int GenCreaseMethod() { return smGenCreaseMethod; }
@@ -311,8 +312,8 @@ public:
 
     /// Lets an array of NumVerts(true) entries stand in for the record's vertices until the matching
     /// RestoreOrigVertArray. The record's access mutex is held in between, so other threads that do the same wait.
-    /// Pairs may nest: the first saved array is the one that comes back, with the first restore. In between the record
-    /// must not be resized, and `verts` stays the caller's.
+    /// Pairs may nest: the first saved array is the one that comes back, with the first restore. A null array
+    /// only locks. In between the record must not be resized, replaced or stolen, and `verts` stays the caller's.
     void SetTemporaryVertArray(VERTEX* verts);
     void RestoreOrigVertArray();
 
@@ -335,7 +336,7 @@ public:
     // --- Grouping: VXGeomGroups.cpp
 
     /// Takes over materials (the names of their files too) and named groups of a mesh with the same polygons. @return
-    /// 0; -1, with nothing changed, when a mesh is missing or the polygon counts differ
+    /// 0; -1, with nothing changed, when a mesh is missing, the polygon counts differ or memory ran out
     int CopyGroupsAndMaterials(const VXGeom* source);
     /// Puts every polygon into the named groups of the source polygon whose centre is nearest, the first of equals.
     /// @return 0, or -1 when a mesh is missing or memory ran out
@@ -432,18 +433,18 @@ private:
     void PutVertsBack();   // ends the stand-in of a temporary vertex array
     /// The host's array takes the place of what was held; that is freed when it is ours.
     template <class T>
-    static void Lend(T*& held, T*& lent, T* hosts)
+    static void Lend(T*& held, T*& lent, T* hostArray)
     {
-        if (held != lent)
+        if (held != lent && held != hostArray)
             MEM_Free(held);
-        held = lent = hosts;
+        held = lent = hostArray;
     }
     /// One array of the snapshot: ours, or the host's.
     struct Snapshot
     {
         VERTEX* array = nullptr;
         bool lent = false;
-        void Lend(VERTEX* hosts);
+        void Lend(VERTEX* hostArray);
         void Drop();                                                                 // the host's stays
         bool Save(const VERTEX* source, std::size_t sourceCount, std::size_t count); // false when memory ran out
     };

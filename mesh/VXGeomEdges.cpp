@@ -50,7 +50,7 @@ void VXGeom::ComputeBackfacingToVertex(const VERTEX* viewpoint)
             return;
         vx::FacingNormals(points, polys, mPolyNormals);
     }
-    if (mPolyNormals)
+    if (HasAllPolyNormals())
         vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
                            *viewpoint);
 }

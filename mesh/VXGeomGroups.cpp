@@ -144,6 +144,7 @@ int VXGeom::CreateGroupsByProximity(const VXGeom* source)
     if (!source || !source->mGeom || !mGeom)
         return -1;
     const std::size_t numPolys = std::size_t(NumPolys()), numSources = std::size_t(source->NumPolys());
+    ClearPolyCenters();
     if (numPolys == 0 || numSources == 0)
         return 0;
     // The source stays as it is: its centres lie in an array of our own.

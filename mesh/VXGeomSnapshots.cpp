@@ -10,12 +10,14 @@
 
 // --- One array
 
-void VXGeom::Snapshot::Lend(VERTEX* hosts)
+void VXGeom::Snapshot::Lend(VERTEX* hostArray)
 {
+    if (hostArray && hostArray == array)
+        return; // our own, handed back
     if (!lent)
         MEM_Free(array);
-    array = hosts;
-    lent = hosts != nullptr;
+    array = hostArray;
+    lent = hostArray != nullptr;
 }
 
 void VXGeom::Snapshot::Drop()
@@ -29,10 +31,7 @@ bool VXGeom::Snapshot::Save(const VERTEX* source, std::size_t sourceCount, std::
     if (lent)
         Lend(nullptr);
     if (!MEM_SizeArrayForWriting(array, count))
-    {
-        Lend(nullptr);
         return false;
-    }
     const std::size_t copied = source ? std::min(sourceCount, count) : 0;
     if (copied > 0)
         std::memcpy(static_cast<void*>(array), source, copied * sizeof(VERTEX));
@@ -54,7 +53,10 @@ void VXGeom::SavePreMunge()
                        mPreMungeTangents.Save(mVertTangents, MEM_Count(mVertTangents), count) &&
                        mPreMungeBinormals.Save(mVertBinormals, MEM_Count(mVertBinormals), count);
     if (!saved)
+    {
         MEM_SetAllocationFailed(true);
+        DropSnapshot(); // none is better than one in parts
+    }
 }
 
 void VXGeom::ComputeAndSavePreMunge()
@@ -62,9 +64,9 @@ void VXGeom::ComputeAndSavePreMunge()
     const bool wanted = VXEngine::TangentCalculationsEnabled();
     // The pass with crease vertices computes tangents itself when asked to. Beside a pass that is still to make them
     // no thread may read positions, since their array grows; it may end without any, and then tangents come last.
-    const bool pending = WantsCreases();
+    const bool pending = WantsCreases() && !UseExternalNormals();
     {
-        const bool beside = mNumbCreaseVerts == 0 && !pending;
+        const bool beside = !pending && (mNumbCreaseVerts == 0 || UseExternalNormals());
         const vx::TangentsBeside tangents(this, wanted && beside);
         const VXSwitches::Scoped request(VXSwitches::TangentsRequested, VXSwitches::SetTangentsRequested,
                                          !beside || VXSwitches::TangentsRequested());

@@ -14,6 +14,7 @@ int VXGeom::ComputeTangents()
     const std::size_t count = std::size_t(NumVerts(true));
     if (!MEM_SizeArrayForWriting(mVertTangents, count) || !MEM_SizeArrayForWriting(mVertBinormals, count))
     {
+        MEM_SetAllocationFailed(true);
         DropTangents();
         return 0;
     }
@@ -27,7 +28,10 @@ int VXGeom::ComputeTangents()
     }
     // The record's own corners: crease vertices keep the default.
     if (!vx::CornerTangents({mGeom->verts, count}, vx::PolysOf(*mGeom), *tex, tangents, binormals))
+    {
+        MEM_SetAllocationFailed(true);
         DropTangents();
+    }
     return 0;
 }
 

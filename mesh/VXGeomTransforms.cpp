@@ -56,7 +56,7 @@ void VXGeom::SetTemporaryVertArray(VERTEX* verts)
         return;
     mGeom->accessMutex.Lock();
     // A record without vertices has nothing to save, so an array put into it would never be taken out again.
-    if (!mGeom->verts)
+    if (!mGeom->verts || !verts)
         return;
     if (!mSavedVerts)
         mSavedVerts = mGeom->verts;
@@ -75,11 +75,15 @@ void VXGeom::RestoreOrigVertArray()
 
 void VXGeom::Weld(float tolerance)
 {
-    if (!mGeom)
+    if (!mGeom || mSavedVerts) // what stands in for the vertices is the caller's and cannot shrink
         return;
     GEOM_SetWeldTolerance(tolerance);
-    if (GEOM_Weld(mGeom, nullptr) != 0)
-        return; // out of memory: nothing has changed
+    const std::int32_t before = mGeom->numVerts;
+    // A borrowed record has not been looked at by anyone.
+    if (GEOM_VerifyAndFix(mGeom) != 0 || GEOM_Weld(mGeom, nullptr) != 0)
+        return; // out of memory: no vertex has changed
+    if (mGeom->numVerts != before)
+        DropSnapshot();
     RebuildLists();
     SetGeomChanged(true);
     VXSceneContext::MarkShadowsForRedraw();

@@ -99,4 +99,24 @@ private:
     BArray<std::int32_t> mParent;
 };
 
+/// Joins the corners at a vertex that repeat each other within a polygon or meet across an edge that is no crease.
+inline void JoinAcrossSmoothEdges(const CreaseMesh& mesh, std::int32_t v, CornerSets& sets)
+{
+    const auto joinRepeats = [&](std::int32_t poly, std::int32_t rel)
+    {
+        const std::int32_t corner = mesh.Corner(poly, rel);
+        VisitRepeats(mesh.polys, poly, rel, [&](std::int32_t repeat) { sets.Join(corner, repeat); });
+        return corner;
+    };
+    VisitEdges(mesh, v,
+               [&](const VXEdge& edge, bool atV1)
+               {
+                   const EdgeEnd end = EndAt(edge, atV1);
+                   const std::int32_t corner1 = joinRepeats(end.poly1, end.rel1);
+                   const std::int32_t corner2 = end.poly2 >= 0 ? joinRepeats(end.poly2, end.rel2) : corner1;
+                   if (!edge.IsCreaseEdge())
+                       sets.Join(corner1, corner2);
+               });
+}
+
 } // namespace vx

@@ -19,7 +19,7 @@ bool CornerGrouper::Group(std::int32_t v)
 {
     if (!Collect(v))
         return false;
-    JoinAcrossEdges(v);
+    JoinAcrossSmoothEdges(mMesh, v, mGroups);
     if (mCanJoin && !JoinPages(v))
         return false;
     MarkSides(v);
@@ -62,25 +62,6 @@ bool CornerGrouper::Collect(std::int32_t v)
     for (const Corner& corner : mCorners)
         mMarks.Data()[corner.index] = 0;
     return done;
-}
-
-void CornerGrouper::JoinAcrossEdges(std::int32_t v)
-{
-    const auto joinRepeats = [&](std::int32_t poly, std::int32_t rel)
-    {
-        const std::int32_t corner = mMesh.Corner(poly, rel);
-        VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mGroups.Join(corner, repeat); });
-        return corner;
-    };
-    VisitEdges(mMesh, v,
-               [&](const VXEdge& edge, bool atV1)
-               {
-                   const EdgeEnd end = EndAt(edge, atV1);
-                   const std::int32_t corner1 = joinRepeats(end.poly1, end.rel1);
-                   const std::int32_t corner2 = end.poly2 >= 0 ? joinRepeats(end.poly2, end.rel2) : corner1;
-                   if (!edge.IsCreaseEdge())
-                       mGroups.Join(corner1, corner2);
-               });
 }
 
 // The polygons at edges that have parallels, those between the same two vertices in a row.

@@ -53,7 +53,6 @@ private:
 
     bool Collect(std::int32_t v);
     bool CollectPages(std::int32_t v);
-    void JoinAcrossEdges(std::int32_t v);
     bool JoinPages(std::int32_t v);
     void JoinPagesOfOneEdge(std::int32_t v, std::span<const Page> pages);
     void MarkSides(std::int32_t v);

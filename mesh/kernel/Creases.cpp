@@ -194,23 +194,7 @@ private:
                        if (end.poly2 >= 0)
                            reset(end.poly2, end.rel2);
                    });
-        const auto joinRepeats = [&](std::int32_t poly, std::int32_t rel)
-        {
-            const std::int32_t corner = mMesh.Corner(poly, rel);
-            VisitRepeats(mMesh.polys, poly, rel, [&](std::int32_t repeat) { mSectors.Join(corner, repeat); });
-            return corner;
-        };
-        VisitEdges(mMesh, v,
-                   [&](const VXEdge& edge, bool atV1)
-                   {
-                       const EdgeEnd end = EndAt(edge, atV1);
-                       const std::int32_t corner1 = joinRepeats(end.poly1, end.rel1);
-                       if (end.poly2 < 0)
-                           return;
-                       const std::int32_t corner2 = joinRepeats(end.poly2, end.rel2);
-                       if (!edge.IsCreaseEdge())
-                           mSectors.Join(corner1, corner2);
-                   });
+        JoinAcrossSmoothEdges(mMesh, v, mSectors);
     }
 
     bool AddCopy(std::int32_t v, std::int32_t root)

@@ -20,7 +20,8 @@ inline float SquaredDistance(const VERTEX& a, const VERTEX& b)
 /// Finds the nearest of many points: to the bit the answer of a loop over all of them in order that keeps a point only
 /// when its SquaredDistance is smaller than that of the one before. Any spread of points will do, such as all in one
 /// place or one far away. Building takes n log n, a search about log n; only where a great many points are
-/// equally far from the one asked for, each of them has to be looked at.
+/// nearly equally far from the one asked for, such as those of a sphere from its middle, all of them have to be looked
+/// at.
 class NearestPoint
 {
 public:

@@ -53,7 +53,7 @@ void LineNormals(std::span<const VERTEX> points, const std::int32_t* ring, std::
         d.x = d.z * n.y - d.y * n.z;
         d.y = n.z * d.x - d.z * n.x;
         d.z = d.y * n.x - d.x * n.y;
-        normals[ring[k]] = WithoutMinusZero(d);
+        normals[ring[k]] = IsFinite(d) ? WithoutMinusZero(d) : VERTEX{};
     }
     normals[ring[length - 1]] = normals[ring[length - 2]];
     VERTEX previous = normals[ring[0]];

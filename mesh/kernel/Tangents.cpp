@@ -170,7 +170,13 @@ bool Parallel(const VERTEX& a, const VERTEX& b)
     return std::fabs(dot - 1) <= kNear || std::fabs(dot + 1) <= kNear;
 }
 
-bool HasLength(const VERTEX& axis) { return Dot(axis, axis) > 0.25f; } // of 1, when it has any
+// Axes come with unit length or none, apart from those of a mesh so small that the squares of its edges have few
+// digits.
+VERTEX UnitAgain(const VERTEX& axis)
+{
+    const float squared = Dot(axis, axis);
+    return std::fabs(squared - 1) <= 1e-5f ? axis : Unit(axis);
+}
 
 VERTEX AcrossNormal(const VERTEX& n)
 {
@@ -187,7 +193,9 @@ void RepairFrames(std::span<const VERTEX> normals, std::span<VERTEX> tangents, s
     {
         const VERTEX n = normals[i];
         VERTEX &t = tangents[i], &b = binormals[i];
-        const bool noTangent = !HasLength(t), noBinormal = !HasLength(b);
+        t = UnitAgain(t);
+        b = UnitAgain(b);
+        const bool noTangent = t == VERTEX{}, noBinormal = b == VERTEX{};
         const bool nt = Parallel(n, t), bn = Parallel(b, n), bt = Parallel(b, t);
         // Where two pairs are parallel the third nearly is, and where both axes are gone nothing but the normal is
         // left.

@@ -340,6 +340,23 @@ TEST(GeomGroups, KeepTheirMembersWhileRecordsWiden)
     EXPECT_EQ(g->numGroups, 103);
 }
 
+TEST(GeomGroups, EveryFailureLeavesThemAsTheyWere)
+{
+    const GeomPtr g = Grid(3, 1).Record();
+    for (int group = 0; group < 40; ++group) // past the first word of bits, and past the room for names
+        for (int n = 1, result = -1; result != 0; ++n)
+        {
+            MEM_FailAfter(n);
+            result = GEOM_GroupAddElem(g.get(), Named("g", group).c_str(), group % 3);
+            MEM_FailAfter(0);
+            const int named = group + (result == 0);
+            ASSERT_EQ(g->groupNames.Count(), named);
+            ASSERT_EQ(g->numGroups, named > 0 ? 32 + named : 0);
+            for (int poly = 0; poly < 3; ++poly)
+                ASSERT_EQ(g->Poly(poly)->start, 4 * poly);
+        }
+}
+
 TEST(GeomGroups, ShrinkingForgetsMembers)
 {
     const GeomPtr g = Cube().Record();

@@ -1,13 +1,12 @@
 #include "base/MEM.h"
 #include "mesh/VXGeom.h"
 #include "tests/support/EdgeMeshes.h"
+#include "tests/support/Models.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <random>
 #include <set>
 
@@ -407,16 +406,15 @@ TEST(CatmullClark, EqualsOpenSubdivInside)
 
 TEST(CatmullClark, EqualsOpenSubdivInsideOfPublicModels)
 {
-    const char* const named = std::getenv("VELMAR_MODELS");
-    const std::filesystem::path folder = named ? named : VELMAR_SOURCE_DIR "/../shared/models";
-    if (!std::filesystem::is_directory(folder))
-        GTEST_SKIP() << "no models in " << folder;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
+    const auto models = FurtherModels();
+    if (models.empty())
+        GTEST_SKIP() << "VELMAR_MODELS names no folder of models";
+    for (const std::filesystem::path& path : models)
     {
         VXGeom model;
         model.SetGenerateCreases(false);
-        if (entry.path().extension() == ".obj" && model.ReadWavefront(entry.path().string().c_str()) == 0 &&
-            OnlyFaces(model) && !EqualsOpenSubdivInside(model, entry.path().filename().string().c_str()))
+        if (model.ReadWavefront(path.string().c_str()) == 0 && OnlyFaces(model) &&
+            !EqualsOpenSubdivInside(model, path.filename().string().c_str()))
             GTEST_SKIP() << "built without OpenSubdiv";
     }
 }

@@ -6,8 +6,8 @@
 // others leave apart, never the other way round.
 
 #include "tests/support/CreaseChecks.h"
+#include "tests/support/Models.h"
 
-#include <filesystem>
 #include <map>
 #include <string>
 
@@ -100,24 +100,18 @@ TestMesh Fin()
 
 TEST(CreaseMethods, AgreeOnAllSampleModels)
 {
-    int numModels = 0;
-    for (const char* const folder : {VELMAR_SOURCE_DIR "/samples", VELMAR_SOURCE_DIR "/../shared/models"})
+    std::vector<std::filesystem::path> models = SampleModels();
+    EXPECT_GE(models.size(), 3u);
+    const auto further = FurtherModels();
+    models.insert(models.end(), further.begin(), further.end());
+    for (const std::filesystem::path& path : models)
     {
-        if (!std::filesystem::exists(folder)) // the second is not part of the sources
-            continue;
-        for (const auto& entry : std::filesystem::directory_iterator(folder))
-        {
-            if (entry.path().extension() != ".obj")
-                continue;
-            SCOPED_TRACE(entry.path().filename().string());
-            VXGeom model;
-            ASSERT_EQ(model.ReadWavefront(entry.path().string().c_str()), 0);
-            ++numModels;
-            for (const float angle : {80.0f, 20.0f})
-                ExpectMethodsAgree(*model.Geom(), {angle, true});
-        }
+        SCOPED_TRACE(path.filename().string());
+        VXGeom model;
+        ASSERT_EQ(model.ReadWavefront(path.string().c_str()), 0);
+        for (const float angle : {80.0f, 20.0f})
+            ExpectMethodsAgree(*model.Geom(), {angle, true});
     }
-    EXPECT_GE(numModels, 3);
 }
 
 TEST(CreaseMethods, AgreeOnRoughSurfacesSeamsAndTouchingFans)

@@ -189,6 +189,37 @@ TEST(EdgeBuild, FacingMarksSilhouettesAndKeepsMaterialBoundaries)
     EXPECT_TRUE(rim.IsMtlBoundaryEdge()); // never cleared
 }
 
+TEST(EdgeBuild, FacingTakesTheHostsNormalsAsTheyAre)
+{
+    // A quad, a line of two corners and a point, seen from above.
+    const GeomPtr g = RecordOf(6, {{kElementFace, {0, 1, 2, 3}}, {kElementLine, {3, 4}}, {kElementPoint, {5}}});
+    for (int v = 0; v < 4; ++v)
+        g->verts[v] = {v == 1 || v == 2 ? 1.0f : 0.0f, v >= 2 ? 1.0f : 0.0f, 0};
+    VXGeom geom(g.get());
+    const VERTEX above = {0, 0, 10};
+    const auto isForward = [&](int e) { return geom.EdgeList().GetEdge(e).IsFacingForward(); };
+    geom.ComputeBackfacingToVertex(&above);
+    for (const int p : {1, 2})
+        EXPECT_EQ(*geom.PolyNormal(p), (VERTEX{0, 0, 1}));
+    EXPECT_TRUE(isForward(0) && isForward(4));
+    EXPECT_FALSE(geom.EdgeList().GetEdge(0).IsBoundaryEdge()) << "an open edge is no silhouette here";
+
+    VERTEX hosts[3] = {{0, 0, -5}, {0, 0, 1}, {0, 0, 1}};
+    geom.SetUseExternalNormals(true);
+    geom.SetExternalPolyNormals(hosts);
+    geom.ComputeBackfacingToVertex(&above);
+    EXPECT_FALSE(isForward(0));
+    EXPECT_TRUE(isForward(4));
+    EXPECT_EQ(hosts[0], (VERTEX{0, 0, -5}));
+
+    // Our own array, made for fewer polygons, is not read as if it were the host's.
+    VXGeom resized(g.get());
+    resized.SetSizeFor(4, 50, 200, 0);
+    resized.BuildEdgeList();
+    resized.SetUseExternalNormals(true);
+    resized.ComputeBackfacingToVertex(&above);
+}
+
 TEST(EdgeBuild, OneLongPolygonAmongShortOnesChangesNothing)
 {
     // Corners are numbered in another way when the lengths of polygons differ widely.

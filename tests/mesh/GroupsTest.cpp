@@ -182,6 +182,31 @@ TEST(Groups, StayAsTheyAreWhenNothingCanBeTakenOver)
         }
 }
 
+TEST(MaterialPointers, AreCopiedWhereBothHaveASlot)
+{
+    int hosts[3] = {};
+    const auto withMaterials = [&](int count)
+    {
+        const GeomPtr g = Cube().Record();
+        for (int i = 1; i < count; ++i)
+            GEOM_AddMaterialName(g.get(), std::string(std::size_t(i), 'm').c_str());
+        return Wrapped(*g);
+    };
+    const auto two = withMaterials(2), three = withMaterials(3);
+    for (int i = 0; i < 3; ++i)
+        three->SetMaterialPointer(i, &hosts[i]);
+    VXGeom::CopyMaterialPointersSynced(three.get(), two.get());
+    EXPECT_EQ(two->MaterialPointer(0), &hosts[0]);
+    EXPECT_EQ(two->MaterialPointer(1), &hosts[1]);
+    two->SetMaterialPointer(0, nullptr);
+    VXGeom::CopyMaterialPointersSynced(two.get(), three.get());
+    EXPECT_EQ(three->MaterialPointer(0), nullptr);
+    EXPECT_EQ(three->MaterialPointer(2), &hosts[2]) << "slots that the first has not are left alone";
+    VXGeom::CopyMaterialPointersSynced(nullptr, two.get());
+    VXGeom::CopyMaterialPointersSynced(two.get(), nullptr);
+    EXPECT_EQ(two->MaterialPointer(1), &hosts[1]);
+}
+
 TEST(Grouping, OfPolygonsFollowsTheirDifferences)
 {
     using Corner = VXGeom::PolyLineVert;

@@ -1,5 +1,6 @@
 #include "base/MEM.h"
 #include "engine/VXEngine.h"
+#include "engine/VXSwitches.h"
 #include "mesh/kernel/Tangents.h"
 #include "tests/support/EdgeMeshes.h"
 
@@ -29,7 +30,8 @@ TEST(FrameRepair, LeavesAUsableFrameWhateverWasParallel)
         const char* name;
         VERTEX n, t, b, expectedT, expectedB;
     };
-    const VERTEX almostX = {0.99999905f, 0.0013784f, 0};
+    // Two directions that are parallel to x within the tolerance, but not to each other.
+    const VERTEX aside{0.99999905f, 0.0013784f, 0}, aside2{0.99999905f, -0.0013784f, 0};
     const Case cases[] = {
         {"nothing", kZ, kX, kY, kX, kY},
         {"skewed but sound", kZ, kX, {0.6f, 0.8f, 0}, kX, {0.6f, 0.8f, 0}},
@@ -40,7 +42,10 @@ TEST(FrameRepair, LeavesAUsableFrameWhateverWasParallel)
         {"tangent and binormal, opposite", kZ, kX, -kX, kX, kY},
         {"all three", kX, kX, kX, -kZ, kY},
         {"all three along z", kZ, kZ, -kZ, kX, kY},
-        {"two pairs, the third just not", kX, kX, almostX, -kZ, kY},
+        {"two pairs at the normal", kX, aside, aside2, -kZ, kY},
+        {"two pairs at the tangent", aside, kX, aside2, -kZ, {-0.0013784f, 0.99999905f, 0}},
+        {"two pairs at the binormal", aside, aside2, kX, -kZ, {-0.0013784f, 0.99999905f, 0}},
+        {"short axes of a tiny mesh", kZ, {0, 0, 0.9f}, {0, 0.8f, 0}, kX, kY},
         {"no tangent", kZ, {}, kY, kX, kY},
         {"no binormal", kZ, kX, {}, kX, kY},
         {"neither", kX, {}, {}, -kZ, kY},
@@ -104,6 +109,21 @@ TEST(Snapshot, TakesWhatIsThere)
     VXEngine::EnableTangentCalculations(true);
     EXPECT_EQ(geom.VertTangents(), nullptr) << "the engine's switch holds here too";
 
+    // The host's normals do not keep the tangents away, crease vertices or not.
+    ASSERT_GT(geom.NumbCreaseVerts(), 0);
+    std::vector<VERTEX> normals(geom.VertNormals(), geom.VertNormals() + geom.NumVerts(true));
+    geom.SetUseExternalNormals(true);
+    geom.SetExternalVertexNormals(normals.data());
+    for (const bool requested : {false, true})
+    {
+        const VXSwitches::Scoped request(VXSwitches::TangentsRequested, VXSwitches::SetTangentsRequested, requested);
+        geom.ComputeAndSavePreMunge();
+        EXPECT_EQ(VXSwitches::TangentsRequested(), requested) << "it is as it was";
+    }
+    ExpectUsable(geom.PreMungeNormals()[3], geom.PreMungeTangents()[3], geom.PreMungeBinormals()[3]);
+    geom.SetUseExternalNormals(false);
+    geom.ComputeAllNormals();
+
     // Posing moves the mesh and leaves the snapshot; the host's own arrays stay the host's.
     const VERTEX rest = geom.PreMungeVerts()[0];
     geom.Vertex(0)->x += 5;
@@ -132,8 +152,15 @@ TEST(Snapshot, SurvivesEveryAllocationThatFails)
         const bool failed = MEM_AllocationFailed();
         MEM_FailAfter(0);
         MEM_SetAllocationFailed(false);
-        if (!failed && geom.PreMungeTangents() && Length(geom.PreMungeTangents()[0]) > 0 && geom.NumbCreaseVerts() > 0)
+        EXPECT_FALSE(VXSwitches::TangentsRequested());
+        for (const VERTEX* const part :
+             {geom.PreMungeVerts(), geom.PreMungeNormals(), geom.PreMungeTangents(), geom.PreMungeBinormals()})
+            EXPECT_TRUE(!part || MEM_Count(part) == std::size_t(geom.NumVerts(false))) << n;
+        if (!failed && geom.NumbCreaseVerts() > 0)
+        {
+            ExpectUsable(geom.PreMungeNormals()[0], geom.PreMungeTangents()[0], geom.PreMungeBinormals()[0]);
             return; // past the last one
+        }
     }
     FAIL() << "it never succeeded";
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -165,6 +166,32 @@ TEST(Weld, MergesVerticesAndDerivesEverythingAnew)
     EXPECT_TRUE(geom.GeomChanged());
     EXPECT_FALSE(geom.DataSorted());
     ASSERT_EQ(MEM_Count(geom.VertNormals()), std::size_t(geom.NumVerts(true)));
+}
+
+TEST(Weld, MergesCopiesAloneAtAToleranceThatIsNone)
+{
+    const float before = GEOM_WeldTolerance();
+    TestMesh pair{
+        "pair", {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 0, 0}, {2, 0, 0}, {1.01f, 1, 0}}, {{0, 1, 2}, {3, 4, 5}}};
+    for (const float tolerance : {0.0f, -1.0f, std::numeric_limits<float>::quiet_NaN()})
+    {
+        VXGeom geom(pair.Record().get());
+        geom.SavePreMunge();
+        geom.Weld(tolerance);
+        EXPECT_EQ(geom.NumVerts(false), 5) << tolerance;
+        EXPECT_EQ(geom.PreMungeVerts(), nullptr) << "the snapshot was of other vertices";
+    }
+    VXGeom geom(pair.Record().get());
+    MEM_FailAfter(1);
+    geom.Weld(1);
+    MEM_FailAfter(0);
+    EXPECT_EQ(geom.NumVerts(false), 6) << "without memory nothing changes";
+    VERTEX mine[8] = {};
+    geom.SetTemporaryVertArray(mine);
+    geom.Weld(1);
+    geom.RestoreOrigVertArray();
+    EXPECT_EQ(geom.NumVerts(false), 6) << "nor while a temporary array stands in";
+    GEOM_SetWeldTolerance(before);
 }
 
 TEST(RefPoints, AreReplacedByAsManyAsGiven)
