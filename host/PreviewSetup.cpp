@@ -345,5 +345,7 @@ void SetStandardColors(VXScene& scene, const VERTEX& backgroundTop, const VERTEX
         scene.SetWireframeColor(0.88f, 0.90f, 0.92f, 1);
     else
         scene.SetWireframeColor(0.07f, 0.08f, 0.10f, 1);
+    // Cages lie over surfaces of any colour, and must not be taken for the wires of these.
+    scene.ControlMeshMaterial()->SetLineColor(0.95f, 0.42f, 0.05f, 1);
 }
 } // namespace vx
