@@ -37,11 +37,12 @@ struct Subdivided
             control.Vertex(v)->z = Cage().verts[v].z + 0.1f * std::sin(float(frame) + Cage().verts[v].x);
     }
     void Pose() { control.SubdivideOpenSubDiv(&dest, level, kSubdivSchemeOther, false); }
+    /// What the library derives beside the refined record, in memory that is as fresh as that of a rebuild.
     void Derive()
     {
-        GEOM_VerifyAndFix(dest.Geom());
-        dest.BuildEdgeList();
-        dest.ComputeAllNormals();
+        VXGeom fresh;
+        fresh.SetGenerateCreases(false);
+        fresh.SetGeom(dest.Geom(), false);
     }
 };
 

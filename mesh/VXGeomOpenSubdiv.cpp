@@ -157,8 +157,11 @@ bool FillPolys(const GEOM& control, const std::int32_t* parents, GEOM& out)
     for (std::int32_t f = 0; f < out.numPolys; ++f, at += stride)
     {
         const std::int32_t run[2] = {4 * f, 4};
-        std::memcpy(at, control.polys + parents[f] * stride, std::size_t(stride));
+        const std::uint8_t* const parent = control.polys + parents[f] * stride;
         std::memcpy(at, run, sizeof run);
+        std::memcpy(at + sizeof run, parent + sizeof run, sizeof(ELEMENT) - sizeof run);
+        if (stride > std::int64_t(sizeof(ELEMENT)))
+            std::memcpy(at + sizeof(ELEMENT), parent + sizeof(ELEMENT), std::size_t(stride) - sizeof(ELEMENT));
     }
     return true;
 }
@@ -171,11 +174,12 @@ bool FillTexture(const GEOM& control, const vx::Refiner& refiner, const std::int
         !MEM_SizeArrayForWriting(tex->sets, 4 * faces) || !MEM_SizeArrayForWriting(tex->polys, faces))
         return false;
     refiner.UVCorners(tex->sets);
+    std::int32_t length = 0;
     for (std::int32_t f = 0; f < out.numPolys; ++f)
     {
-        const std::int32_t parent = parents[f];
-        const bool textured = TexRing(control, parent, control.Poly(parent)->length) != nullptr;
-        tex->polys[f] = {4 * f, textured ? 4 : 0};
+        if (f == 0 || parents[f] != parents[f - 1])
+            length = TexRing(control, parents[f], control.Poly(parents[f])->length) ? 4 : 0;
+        tex->polys[f] = {4 * f, length};
     }
     tex->numVerts = refiner.NumUVs();
     tex->numCorners = 4 * out.numPolys;

@@ -112,11 +112,10 @@ bool Step::Fill(const Far::TopologyLevel& level)
     facePoints = level.GetFaceChildVertex(0); // the points of each kind lie in the order of what they come from
     edgePoints = level.GetEdgeChildVertex(0);
     vertPoints = level.GetVertexChildVertex(0);
-    std::int64_t ringEntries = numVerts;
-    for (Far::Index v = 0; v < numVerts; ++v)
-        ringEntries += level.GetVertexFaces(v).size() + level.GetVertexEdges(v).size();
-    if (!lengths.SetCountForWriting(numFaces) || !corners.SetCountForWriting(level.GetNumFaceVertices()) ||
-        !edges.SetCountForWriting(level.GetNumEdges()) || !rings.SetCountForWriting(ringEntries))
+    const std::int64_t numCorners = level.GetNumFaceVertices(), numEdges = level.GetNumEdges();
+    const std::int64_t ringEntries = numVerts + numCorners + 2 * numEdges; // at most
+    if (!lengths.SetCountForWriting(numFaces) || !corners.SetCountForWriting(numCorners) ||
+        !edges.SetCountForWriting(numEdges) || !rings.SetCountForWriting(ringEntries))
         return false;
     FillFaces(level, *this);
     FillEdges(level, *this);
