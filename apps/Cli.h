@@ -112,6 +112,7 @@ CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int lo
 
 void AddPreviewVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);
+void AddSelectVerb(CLI::App& app, int& exitCode);
 void AddWeldVerb(CLI::App& app, int& exitCode);
 void AddTransferGroupsVerb(CLI::App& app, int& exitCode);
 void AddSubdivideVerb(CLI::App& app, int& exitCode);

@@ -54,6 +54,7 @@ int Run(int argc, char** argv)
                "3 no OpenGL to be had.");
     AddPreviewVerb(app, exitCode);
     AddInfoVerb(app, exitCode);
+    AddSelectVerb(app, exitCode);
     AddWeldVerb(app, exitCode);
     AddTransferGroupsVerb(app, exitCode);
     AddSubdivideVerb(app, exitCode);
