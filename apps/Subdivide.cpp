@@ -28,6 +28,17 @@ struct SubdivideArguments
     ModelOutput output;
 };
 
+// A polygon that comes back to a vertex can make fewer quads than it has corners: the slots that stay lie behind the
+// quads, have no polygon that they come from, and do not belong into a file.
+bool DropEmptySlots(GEOM& record, BArray<int>& parents)
+{
+    const auto first = std::find(parents.begin(), parents.end(), -1);
+    const int count = int(first - parents.begin());
+    parents.SetCount(count);
+    return count == record.numPolys || record.SetSize(count, record.numVerts, 4 * count, 0, record.tex ? 4 * count : 0,
+                                                      record.tex ? record.tex->numVerts : 0) == 0;
+}
+
 // The library's own scheme gives its quads the material of their polygon alone; for a file they also take its groups,
 // and objects begin where their first polygon's quads do.
 bool TakeGroups(const GEOM& from, const BArray<int>& parents, GEOM& to)
@@ -53,7 +64,8 @@ bool SubdivideByOwnScheme(std::unique_ptr<VXGeom>& mesh, int levels)
         auto next = std::make_unique<VXGeom>();
         next->SetGenerateCreases(false);
         mesh->SubdivideCatmullClark(next.get());
-        if (next->NumPolys() == 0 || !TakeGroups(*mesh->Geom(), next->SubdivPolyRemapTable(), *next->Geom()))
+        if (next->NumPolys() == 0 || !DropEmptySlots(*next->Geom(), next->SubdivPolyRemapTable()) ||
+            !TakeGroups(*mesh->Geom(), next->SubdivPolyRemapTable(), *next->Geom()))
             return false;
         mesh = std::move(next);
     }

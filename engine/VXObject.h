@@ -160,10 +160,11 @@ public:
 
     /// Brings levels 0 to the current one up to date with the control mesh. Level 0 is a copy of the control mesh that
     /// delegates may deform; when its vertex or polygon count no longer fits, all levels are dropped and made anew.
-    /// The scheme is OpenSubdiv's where VXSwitches::OpenSubdivOn, else our own.
+    /// A control mesh with the same counts but other polygons, flags, groups or texture coordinates is not noticed:
+    /// ClearSubdivStructures first. The scheme is OpenSubdiv's where VXSwitches::OpenSubdivOn, else our own.
     /// @return 0; -2 without a control mesh or when a level could not be made; otherwise the scheme's failure. -1 from
-    ///         the scheme keeps that level's mesh as it is, goes on with the next, and is returned at the end. -1 also
-    ///         above level 15, and then nothing is built
+    ///         the scheme keeps that level's mesh as it is (a delegate then deforms what it has deformed before), goes
+    ///         on with the next, and is returned at the end. -1 also above level 15, and then nothing is built
     int RebuildSubDiv();
     void ClearSubdivStructures(); ///< deletes all levels
 

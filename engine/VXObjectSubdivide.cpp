@@ -50,8 +50,9 @@ int VXObject::RebuildSubDiv()
 
     if (SubdivGeom(0) && !SameCounts(*SubdivGeom(0), *mGeom))
         ClearSubdivStructures(); // the control mesh has another topology: nothing that was made of the old one fits
-    if (mSubdivGeoms.Count() <= last && !mSubdivGeoms.SetCount(last + 1))
-        return kCannotBuild;
+    while (mSubdivGeoms.Count() <= last)
+        if (!mSubdivGeoms.AppendOrKeep(nullptr))
+            return kCannotBuild;
 
     if (!MakeLevel(0, mGeom))
         return kCannotBuild;

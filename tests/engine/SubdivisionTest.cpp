@@ -247,6 +247,12 @@ TEST(RebuildSubDiv, RefusesMoreLevelsThanFifteenAndDropsALevelThatFails)
     }
     EXPECT_GT(dropped, 3);
     EXPECT_EQ(object.RebuildSubDiv(), 0);
+    const VXGeom* const kept = object.SubdivGeom(1);
+    object.SetCurSubDivLevel(15);
+    MEM_FailAfter(1); // the list of levels itself
+    EXPECT_EQ(object.RebuildSubDiv(), -2);
+    MEM_FailAfter(0);
+    EXPECT_EQ(object.SubdivGeom(1), kept);
     MEM_SetAllocationFailed(false);
 }
 

@@ -254,17 +254,18 @@ bool EqualsOpenSubdivInside(VXGeom& source, const char* name)
     const float tolerance = 1e-5f * Length(VERTEX{box[3] - box[0], box[4] - box[1], box[5] - box[2]});
     const std::vector<bool> inside = InsideOf(source);
     const std::int32_t *quad = ours.Sets(false), *peer = theirs.Sets(false);
-    int compared = 0, apart = 0;
+    int inner = 0, apart = 0;
     for (int q = 0; q < ours.NumPolys(); ++q, quad += 4, peer += 4)
     {
         // Both have the children of a polygon in the order of its corners, each from a corner of its own.
         const std::ptrdiff_t turn = std::find(peer, peer + 4, theirs.SubdivVertRemapTable()[quad[0]]) - peer;
-        for (int k = inside[std::size_t(quad[0])] ? 0 : 1; k < 4; ++k, ++compared)
+        inner += inside[std::size_t(quad[0])];
+        for (int k = inside[std::size_t(quad[0])] ? 0 : 1; k < 4; ++k)
             apart += Distance(*ours.Vertex(quad[k]), *theirs.Vertex(peer[(turn + k) % 4])) <= tolerance ? 0 : 1;
         apart += turn < 4 ? 0 : 1;
     }
     EXPECT_EQ(apart, 0);
-    EXPECT_GE(compared, 3 * ours.NumPolys());
+    EXPECT_GT(inner, 0);
     return true;
 }
 
@@ -413,8 +414,8 @@ TEST(CatmullClark, EqualsOpenSubdivInsideOfPublicModels)
     {
         VXGeom model;
         model.SetGenerateCreases(false);
-        if (model.ReadWavefront(path.string().c_str()) == 0 && OnlyFaces(model) &&
-            !EqualsOpenSubdivInside(model, path.filename().string().c_str()))
+        ASSERT_EQ(model.ReadWavefront(path.string().c_str()), 0) << path;
+        if (OnlyFaces(model) && !EqualsOpenSubdivInside(model, path.filename().string().c_str()))
             GTEST_SKIP() << "built without OpenSubdiv";
     }
 }
