@@ -1,6 +1,7 @@
 // Tangents beside assimp's tangent step, and what they cost a pass of creased normals that they run beside.
 
 #include "bench/AssimpTorus.h"
+#include "engine/VXSwitches.h"
 #include "mesh/VXGeom.h"
 
 #include <assimp/postprocess.h>
@@ -46,9 +47,24 @@ void CreasedPass(benchmark::State& state, bool tangents)
         benchmark::DoNotOptimize(geom.ComputeCreasedNormals(nullptr, nullptr, tangents));
 }
 
+// The same for a host that derives a creased mesh anew: edges classified, vertices split, all normals.
+void Derive(benchmark::State& state, bool tangents)
+{
+    VXGeom& geom = CreasedTorus();
+    const VXSwitches::Scoped request(VXSwitches::TangentsRequested, VXSwitches::SetTangentsRequested, tangents);
+    for (auto _ : state)
+    {
+        geom.SetEdgesClassified(false);
+        if (!geom.ComputeAllNormals())
+            state.SkipWithError("out of memory");
+    }
+}
+
 BENCHMARK(OurTangents)->Name("Tangents/velmar")->Unit(benchmark::kMillisecond)->UseManualTime();
 BENCHMARK(PeerTangents)->Name("Tangents/assimp")->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
 BENCHMARK_CAPTURE(CreasedPass, alone, false)->Name("CreasedPass/alone")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Derive, alone, false)->Name("Derive/alone")->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Derive, tangents, true)->Name("Derive/with-tangents")->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(CreasedPass, tangents, true)
     ->Name("CreasedPass/with-tangents")
     ->Unit(benchmark::kMillisecond)

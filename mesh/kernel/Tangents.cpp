@@ -39,32 +39,35 @@ public:
     {
         // The derivatives of position by u and v up to a factor, which is the inverse of the determinant. Its sign is
         // left out too, so frames of mirrored texture point the other way. Without one, the edges stand in.
-        float scale1[kLanes], scale2[kLanes], scale3[kLanes], scale4[kLanes];
+        std::int32_t flat = 0; // as wide as a float, for vectors
         for (int i = 0; i < kLanes; ++i)
-        {
-            const bool flat = mDv2[i] * mDu1[i] - mDv1[i] * mDu2[i] == 0;
-            scale1[i] = flat ? 1 : mDv2[i];
-            scale2[i] = flat ? 0 : mDv1[i];
-            scale3[i] = flat ? 1 : mDu1[i];
-            scale4[i] = flat ? 0 : mDu2[i];
-        }
+            flat |= mDv2[i] * mDu1[i] - mDv1[i] * mDu2[i] == 0 ? 1 : 0;
+        if (flat) [[unlikely]]
+            LetEdgesStandIn();
         Lanes tangent, binormal;
         float tangentSquare[kLanes], binormalSquare[kLanes];
-        tangent.SetUnitDifference(mE1, scale1, mE2, scale2, tangentSquare);
-        binormal.SetUnitDifference(mE2, scale3, mE1, scale4, binormalSquare);
-        constexpr float kMost = std::numeric_limits<float>::max();
+        tangent.SetUnitDifference(mE1, mDv2, mE2, mDv1, tangentSquare);
+        binormal.SetUnitDifference(mE2, mDu1, mE1, mDu2, binormalSquare);
+        std::int32_t odd = 0;
+        for (int i = 0; i < kLanes; ++i)
+            odd |= (tangentSquare[i] <= kMost ? 0 : 1) | (binormalSquare[i] <= kMost ? 0 : 1); // NaN, infinity
+        for (int i = 0; i < kLanes && odd; ++i)
+            if (!(tangentSquare[i] <= kMost && binormalSquare[i] <= kMost))
+            {
+                tangent.Set(i, kDefaultTangent);
+                binormal.Set(i, kDefaultBinormal);
+            }
         for (int i = 0; i < mCount; ++i)
         {
-            const std::size_t v = std::size_t(mVert[i]);
-            const bool finite = tangentSquare[i] <= kMost && binormalSquare[i] <= kMost; // NaN and infinity are not
-            mTangents[v] = finite ? tangent.At(i) : kDefaultTangent;
-            mBinormals[v] = finite ? binormal.At(i) : kDefaultBinormal;
+            mTangents[std::size_t(mVert[i])] = tangent.At(i);
+            mBinormals[std::size_t(mVert[i])] = binormal.At(i);
         }
         mCount = 0;
     }
 
 private:
-    static constexpr int kLanes = 8;
+    static constexpr int kLanes = 16;
+    static constexpr float kMost = std::numeric_limits<float>::max();
 
     struct Lanes
     {
@@ -89,6 +92,16 @@ private:
             }
         }
     };
+
+    void LetEdgesStandIn()
+    {
+        for (int i = 0; i < kLanes; ++i)
+            if (mDv2[i] * mDu1[i] - mDv1[i] * mDu2[i] == 0)
+            {
+                mDv2[i] = mDu1[i] = 1;
+                mDv1[i] = mDu2[i] = 0;
+            }
+    }
 
     std::span<VERTEX> mTangents, mBinormals;
     int mCount = 0;
