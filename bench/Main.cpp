@@ -29,6 +29,7 @@ const std::vector<RatioRow> kRatios = {
     {"normals / bare loop", {"Normals/velmar"}, {"Normals/bare-loop"}, 1 / 1.5},
     {"creases and normals / assimp", {"Creases/velmar"}, {"Creases/assimp"}, 12},
     {"tangents / assimp", {"Tangents/velmar"}, {"Tangents/assimp"}, 5},
+    {"creases and all normals, tangents beside / without", {"Derive/with-tangents"}, {"Derive/alone"}, 1 / 1.25},
     {"creased normals with tangents beside / without", {"CreasedPass/with-tangents"}, {"CreasedPass/alone"}, 1 / 1.25},
     {"Catmull-Clark with UVs / OpenSubdiv", {"Subdiv/velmar"}, {"Subdiv/opensubdiv"}, 3},
     {"Catmull-Clark / OpenMesh", {"Subdiv/velmar"}, {"Subdiv/openmesh"}, 3},
