@@ -176,6 +176,17 @@ std::string Listed(const std::vector<std::string>& names)
     return list;
 }
 
+std::string GroupsThereAre(std::vector<std::string> names)
+{
+    constexpr std::size_t kMost = 12;
+    if (names.empty())
+        return "there are no named groups";
+    const std::size_t told = std::min(names.size(), kMost);
+    const std::string rest = told < names.size() ? " and " + std::to_string(names.size() - told) + " more" : "";
+    names.resize(told);
+    return "expected " + Listed(names) + rest;
+}
+
 CLI::Validator Choice(const char* what, const std::vector<std::string>& choices)
 {
     const auto check = [what = std::string(what), choices](const std::string& text)

@@ -104,6 +104,8 @@ CLI::Validator OutputName(const char* what, const std::vector<std::string>& endi
 CLI::Validator Choice(const char* what, const std::vector<std::string>& choices);
 /// "a, b or c"
 std::string Listed(const std::vector<std::string>& names);
+/// The same of the groups of models, as "expected a, b and 7 more", or that there are none.
+std::string GroupsThereAre(std::vector<std::string> names);
 
 /// An option with a whole number in [low, high].
 CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int low, int high, const char* purpose);

@@ -13,8 +13,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +38,7 @@ struct PreviewArguments
     std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
     std::string show, scheme = SchemeNames().front();
     bool noCreases = false, noShadows = false, verbose = false;
+    std::vector<Highlight> highlights; ///< in the order of the command line
     PreviewOptions picture;
     ImportOptions import;
 };
@@ -135,6 +138,43 @@ std::string CheckBackground(const std::string& text)
                                       "two colours as TOP,BOTTOM";
 }
 
+// --- Highlights
+
+// One after the other, so that groups that are shown together can be told apart.
+const VXMaterialColor4 kHighlightColors[] = {{0.98f, 0.45f, 0.05f, 1}, {0.10f, 0.45f, 0.95f, 1},
+                                             {0.15f, 0.70f, 0.20f, 1}, {0.85f, 0.15f, 0.60f, 1},
+                                             {0.95f, 0.78f, 0.05f, 1}, {0.05f, 0.65f, 0.65f, 1}};
+
+void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char* name, bool vertices,
+                  const char* purpose)
+{
+    const auto append = [&highlights, vertices](const std::string& group)
+    {
+        const VXMaterialColor4& color = kHighlightColors[highlights.size() % std::size(kHighlightColors)];
+        highlights.push_back({BString(group), color, vertices});
+    };
+    verb.add_option_function<std::string>(name, append, purpose)->trigger_on_parse()->type_name("GROUP");
+}
+
+// Empty when each group that is to be shown is in some model.
+BString HighlightProblem(Preview& preview, const PreviewOptions& picture)
+{
+    const std::vector<Highlight>& highlights = picture.highlights;
+    if (!highlights.empty() && picture.subdivision > 0 && picture.ownScheme)
+        return BString("polygons made by ") + kOwnScheme + " are in no groups, expected --scheme " + kOpenSubdiv +
+               " to highlight some";
+    std::vector<std::string> names;
+    for (std::int64_t i = 0; i < preview.Scene().NumObjects(); ++i)
+        if (const VXObject* const object = preview.Scene().Object(int(i)); object && object->Geom())
+            for (const BString& name : object->Geom()->Geom()->groupNames)
+                if (std::find(names.begin(), names.end(), name.Std()) == names.end())
+                    names.push_back(name.Std());
+    for (const Highlight& highlight : highlights)
+        if (std::find(names.begin(), names.end(), highlight.group.Std()) == names.end())
+            return BString("no model has a group '") + highlight.group + "', " + BString(GroupsThereAre(names));
+    return {};
+}
+
 // --- The verb
 
 // Beside the program when it is installed, else in the tree that it was built from.
@@ -195,6 +235,7 @@ void ReadTexts(PreviewArguments& arguments)
     arguments.import.creases = !arguments.noCreases;
     picture.ownScheme = arguments.scheme == kOwnScheme;
     arguments.import.separateLines = picture.subdivision > 0;
+    picture.highlights = arguments.highlights;
     if (!arguments.show.empty())
         picture.vectors = arguments.show == "normals" ? VectorKind::Normals : VectorKind::Tangents;
 }
@@ -244,6 +285,8 @@ int RunPreview(PreviewArguments& arguments)
     if (!arguments.texture.empty() && !preview.SetDefaultTexture(BPath(BString(arguments.texture))))
         return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
     if (const BString problem = SubdivisionProblemOf(preview, arguments.picture); !problem.IsEmpty())
+        return Fail(kFailed, "", 0, problem);
+    if (const BString problem = HighlightProblem(preview, arguments.picture); !problem.IsEmpty())
         return Fail(kFailed, "", 0, problem);
     if (arguments.picture.vectors == VectorKind::Tangents)
         WarnOfMissingTangents(preview);
@@ -339,6 +382,9 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
                      "with them")
         ->type_name("normals|tangents")
         ->check(Choice("kind of vectors", {"normals", "tangents"}));
+    AddHighlight(*verb, arguments->highlights, "--highlight", false,
+                 "Show a group of polygons in colour; each that is given has a colour of its own");
+    AddHighlight(*verb, arguments->highlights, "--highlight-vertices", true, "Show the vertices of a group as dots");
     verb->add_flag("-v,--verbose", arguments->verbose, "Say on standard error what is done");
     verb->footer("Modes:\n  " + ModeNames("\n  "));
     verb->callback([arguments, &exitCode] { exitCode = RunPreview(*arguments); });

@@ -19,8 +19,7 @@ namespace vx::cli
 namespace
 {
 
-constexpr int kMostSteps = 10000;           // of growing or shrinking at once
-constexpr std::size_t kMostGroupsTold = 12; // in a message
+constexpr int kMostSteps = 10000; // of growing or shrinking at once
 
 /// A step as it stands on the command line.
 struct Step
@@ -157,7 +156,7 @@ private:
     void Put(const std::string& group, const BBitArray& polys);
     BBitArray PolysOf(const std::string& group) const;
     BBitArray PolysOfVerts() const;
-    BString GroupsThereAre() const;
+    BString GroupsToChoose() const;
     int FailMemory() const { return Fail(kFailed, mModel, 0, "out of memory"); }
 
     VXGeom& mGeom;
@@ -170,18 +169,13 @@ private:
     std::vector<Result> mResults;
 };
 
-BString Selection::GroupsThereAre() const
+BString Selection::GroupsToChoose() const
 {
     std::vector<std::string> names;
     for (const BString& name : mGeom.Geom()->groupNames)
         if (name.Std() != mHeld)
             names.push_back(name.Std());
-    if (names.empty())
-        return "the model has no named groups";
-    const std::size_t told = std::min(names.size(), kMostGroupsTold);
-    const std::string rest = told < names.size() ? " and " + std::to_string(names.size() - told) + " more" : "";
-    names.resize(told);
-    return "expected " + Listed(names) + rest;
+    return BString(GroupsThereAre(std::move(names)));
 }
 
 BBitArray Selection::PolysOf(const std::string& group) const
@@ -231,7 +225,7 @@ int Selection::StartFromGroup(const std::string& group)
         std::find_if(mResults.rbegin(), mResults.rend(), [&](const Result& result) { return result.group == group; });
     if (saved == mResults.rend() &&
         (group == mHeld || !GEOM_GetGroupBit(mGeom.Geom(), group.c_str(), nullptr, nullptr)))
-        return Fail(kFailed, mModel, 0, "has no group '" + BString(group) + "', " + GroupsThereAre());
+        return Fail(kFailed, mModel, 0, "has no group '" + BString(group) + "', " + GroupsToChoose());
     Select(saved == mResults.rend() ? PolysOf(group) : saved->polys);
     mStart = group;
     return kDone;

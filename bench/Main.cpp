@@ -35,6 +35,8 @@ const std::vector<RatioRow> kRatios = {
     {"Catmull-Clark / OpenMesh", {"Subdiv/velmar"}, {"Subdiv/openmesh"}, 3},
     {"Catmull-Clark / CGAL", {"Subdiv/velmar"}, {"Subdiv/cgal"}, 3},
     {"groups by the nearest polygon / nanoflann", {"Groups/velmar"}, {"Groups/nanoflann"}, 1 / 1.5},
+    {"ten steps of growing / CGAL expand_face_selection", {"Select/velmar-grow"}, {"Select/cgal-grow"}, 2},
+    {"mirroring vertices / nanoflann", {"Select/velmar-mirror"}, {"Select/nanoflann-mirror"}, 1 / 1.5},
     {"OpenSubdiv rebuild, level 1 / direct", {"OpenSubdiv/velmar-1"}, {"OpenSubdiv/direct-1"}, 1 / 1.3},
     {"OpenSubdiv rebuild, level 2 / direct", {"OpenSubdiv/velmar-2"}, {"OpenSubdiv/direct-2"}, 1 / 1.3},
     {"OpenSubdiv rebuild, level 3 / direct", {"OpenSubdiv/velmar-3"}, {"OpenSubdiv/direct-3"}, 1 / 1.3},

@@ -125,6 +125,7 @@ void Preview::ApplyStyle(const PreviewOptions& options)
     mEngine->SetBackground({top.x, top.y, top.z, 1}, {bottom.x, bottom.y, bottom.z, 1}, alpha);
     mEngine->SetUpAxis(UpOf(options.view.up));
     mEngine->SetVectors(options.vectors);
+    mEngine->SetHighlights(options.highlights);
     VXSceneDrawOptions& draw = *mEngine->DrawOptions();
     draw.mSuppressBackCull = options.backFaces;
     draw.mHaberlinesOn = options.edgeLines;

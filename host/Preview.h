@@ -4,12 +4,14 @@
 #include "VelmarHostExport.h"
 #include "base/BPath.h"
 #include "host/PreviewSetup.h"
+#include "host/gl/PolyMarks.h"
 #include "host/gl/VectorLines.h"
 #include "host/image/Picture.h"
 #include "host/import/ModelStore.h"
 #include "material/VXDrawPresets.h"
 
 #include <memory>
+#include <vector>
 
 class VXGLDrawEngine;
 
@@ -35,6 +37,7 @@ struct PreviewOptions
     bool shadows = true;                  ///< a soft shadow on the ground, with or without the plane
     bool edgeLines = false;               ///< creases and borders drawn as lines over the surfaces
     VectorKind vectors = VectorKind::Off; ///< drawn as short lines over the surfaces
+    std::vector<Highlight> highlights;    ///< groups shown on the surfaces that have them
     bool backFaces = true;                ///< shown, in a colour of their own; off: culled
     int samples = 4;                      ///< for each pixel: 1, 2, 4, or 16, which draws at twice the size with 4
     int subdivision = 0;    ///< level at which objects are shown, up to kMostSubdivision; 0 is the mesh as it is

@@ -87,6 +87,7 @@ out vec4 oColor;
 uniform mat3 uNormalMatrix;
 uniform samplerBuffer uPolyNormals;    // three floats for each polygon
 uniform isamplerBuffer uTrianglePolys; // polygon of each triangle
+uniform isamplerBuffer uMarks;         // of each polygon: 1 when it is marked
 uniform int uFirstTriangle;            // gl_PrimitiveID starts anew with every call
 uniform sampler2D uTexture;
 uniform vec3 uKd;                      // linear
@@ -199,6 +200,10 @@ void main()
     float height = max(vPosition.z, 0.0); // the model-view matrix leads to ground coordinates
     oColor = vec4(exp(-14.0 * height), exp(-4.5 * height), exp(-1.4 * height), 1.0);
 #elif defined(SHADE_PICK)
+    oColor = uFill;
+#elif defined(SHADE_MARK)
+    if (texelFetch(uMarks, texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r).r == 0)
+        discard;
     oColor = uFill;
 #elif defined(SHADE_FILL)
     oColor = uFill.a < 0.0 ? Background() : uFill;

@@ -11,7 +11,8 @@ extern const char* const kCommon; ///< before every other text: the uniform bloc
 
 // Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, CLEAR (transparency), FAR_LIGHTS (their
 // number, when all lights are far away), and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
-// SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND.
+// SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND,
+// SHADE_MARK.
 extern const char* const kSurfaceVertex;
 extern const char* const kSurfaceFragment;
 

@@ -103,8 +103,8 @@ vx::Program* VXGLDrawEngine::Variant(std::uint32_t key, const char* name, const 
         {
             const char* sampler;
             int unit;
-        } kUnits[] = {{"uTexture", 0},  {"uMap", 0},         {"uPositions", 1},    {"uNormals", 2},
-                      {"uSegments", 3}, {"uPolyNormals", 4}, {"uTrianglePolys", 5}};
+        } kUnits[] = {{"uTexture", 0},  {"uMap", 0},         {"uPositions", 1},     {"uNormals", 2},
+                      {"uSegments", 3}, {"uPolyNormals", 4}, {"uTrianglePolys", 5}, {"uMarks", 6}};
         for (const auto& [sampler, unit] : kUnits)
             glUniform1i(slot->Uniform(sampler), unit); // -1, for one that is not used, is ignored
     }
@@ -153,7 +153,7 @@ void VXGLDrawEngine::EndFrameState()
     glUseProgram(0);
     glBindVertexArray(0);
     glBindBufferBase(GL_UNIFORM_BUFFER, 0, 0);
-    for (GLenum unit = 0; unit < 6; ++unit)
+    for (GLenum unit = 0; unit < 7; ++unit)
     {
         glActiveTexture(GL_TEXTURE0 + unit);
         glBindTexture(GL_TEXTURE_BUFFER, 0);
@@ -251,7 +251,7 @@ VXGLDrawEngine::Geometry& VXGLDrawEngine::GeometryOf(VXObject* object, int drawG
 }
 
 // For what is drawn outside the passes of a frame: geometries that have a surface, each with its placement.
-void VXGLDrawEngine::VisitSurfaces(const std::function<void(Geometry&)>& step)
+void VXGLDrawEngine::VisitSurfaces(const std::function<void(VXObject&, Geometry&)>& step)
 {
     const Placement kept = mPlacement;
     for (std::int64_t i = 0; i < Scene()->NumObjects(); ++i)
@@ -268,7 +268,7 @@ void VXGLDrawEngine::VisitSurfaces(const std::function<void(Geometry&)>& step)
                 mPlacement = PlacementOf(*object);
                 Geometry& geometry = GeometryOf(object, index, geom);
                 geometry.buffers.SetArrays(geom, geom->Verts(), geom->NumVerts(true), nullptr);
-                step(geometry);
+                step(*object, geometry);
             }
         object->EndDrawing();
     }

@@ -5,6 +5,7 @@
 #include "draw/VXSceneDrawEngine.h"
 #include "draw/VXSceneDrawOptions.h"
 #include "host/gl/GeomBuffers.h"
+#include "host/gl/PolyMarks.h"
 #include "host/gl/Program.h"
 #include "host/gl/VectorLines.h"
 #include "material/VXMaterialColor4.h"
@@ -13,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 namespace vx
 {
@@ -50,6 +52,9 @@ public:
     void SetTile(float x, float y, float width, float height);
     void SetShadowDensity(float density) { mShadowDensity = density; } ///< of the darkest place on the ground, 0..1
     void SetVectors(vx::VectorKind kind) { mVectors = kind; }          ///< drawn over the surfaces, hidden by them
+
+    /// Groups that are shown on all surfaces that have them, over these and hidden by what stands before them.
+    void SetHighlights(std::vector<vx::Highlight> highlights) { mHighlights = std::move(highlights); }
 
     // --- After a frame
     const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
@@ -95,6 +100,12 @@ public:
                            const std::uint32_t* edgeFlags, int corners) override;
     void DrawCustomLines(VXScene* scene) override; ///< the vectors
 
+    // --- Hooks: VXGLDrawEngineMarks.cpp
+    void DrawCustomVerts(VXScene* scene) override; ///< the highlights
+    /// The current group over the object's surface, tinted or as dots; what the tool's checks find in other colours.
+    void DrawGroupToolObject(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXScene* scene) override;
+    void DrawGroupToolMember(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXObject* object) override;
+
     // --- Hooks: VXGLDrawEngineShadow.cpp
     void BeginDropShadow() override;
     void EndDropShadow() override;
@@ -115,6 +126,9 @@ private:
         float position[4], color[4], axis[4], range[4];
     };
     struct FrameBlock;
+    /// How far lines stand before their surface, in normalised depth. The planes are fitted to the content, so this is
+    /// a share of its size.
+    static constexpr float kLineBias = 4e-4f;
     struct LineStyle
     {
         float width = 1; ///< pixels of the finished picture
@@ -131,6 +145,7 @@ private:
         std::int64_t lastFrame = 0;
         vx::GeomBuffers buffers;
         vx::VectorLines vectors;
+        std::map<int, vx::PolyMarks> marks;
     };
 
     // Programs: VXGLDrawEngine.cpp
@@ -138,7 +153,7 @@ private:
                          const char* fragmentText);
     void Fail(const BString& problem);
     Geometry& GeometryOf(VXObject* object, int drawGeom, VXGeom* geom);
-    void VisitSurfaces(const std::function<void(Geometry&)>& step);
+    void VisitSurfaces(const std::function<void(VXObject&, Geometry&)>& step);
     void DropUnusedGeometries();
 
     // VXGLDrawEngineState.cpp
@@ -160,6 +175,9 @@ private:
     void SetMaterialUniforms(vx::Program& program, const VXElementBatch& batch, std::uint32_t variant);
     void BindSurfaceArrays(std::uint32_t variant);
     void DrawTriangles(const Range& range);
+    void DrawUnderLines(const VXMaterial* mode, const Range& range);
+    vx::Program* MarkProgram();
+    void BindMarkArrays(const vx::PolyMarks& marks);
     std::uint32_t TextureOf(std::int32_t index);
     bool IsGround(const VXObject* object) const;
     void DrawDepthOfScene();
@@ -173,6 +191,13 @@ private:
     void FlushOutline();
     bool ReserveSegments(std::int32_t count);
     LineStyle WireStyle(const VXMaterial* mode) const;
+
+    // VXGLDrawEngineMarks.cpp
+    void DrawTint(const vx::PolyMarks& marks, const VXMaterial* mode, const VXMaterialColor4& color, float alpha);
+    void DrawPolyMarks(Geometry& geometry, int slot, const BBitArray& marked, const VXMaterial* mode,
+                       const VXMaterialColor4& color, float alpha);
+    void DrawVertMarks(Geometry& geometry, int slot, const BBitArray& marked, const VXMaterialColor4& color);
+    bool ToolColorsWires() const;
 
     // VXGLDrawEngineShadow.cpp
     bool MakeShadowMap();
@@ -189,6 +214,8 @@ private:
     float mTile[4] = {1, 1, 0, 0};
     float mShadowDensity = 0.32f;
     vx::VectorKind mVectors = vx::VectorKind::Off;
+    std::vector<vx::Highlight> mHighlights;
+    bool mMemberWires = false; ///< while the wires of a shown group member are drawn
 
     // Lives in the context
     bool mReady = false;

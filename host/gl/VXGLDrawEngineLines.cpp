@@ -17,10 +17,6 @@ static constexpr float kElementWidth = 1.6f;
 static constexpr float kPointWidth = 5;
 static constexpr float kVectorWidth = 1.3f;
 
-// How far lines stand before their surface, in normalised depth. The planes are fitted to the content, so this is a
-// share of its size.
-static constexpr float kLineBias = 4e-4f;
-
 static float Linear(float encoded)
 {
     return encoded <= 0.04045f ? encoded / 12.92f : std::pow((encoded + 0.055f) / 1.055f, 2.4f);
@@ -100,7 +96,7 @@ VXGLDrawEngine::LineStyle VXGLDrawEngine::WireStyle(const VXMaterial* mode) cons
     LineStyle style;
     style.width = mLineWidth > 0 ? mLineWidth : kWireWidth;
     style.color = mode->GetFlagBlackLines() ? VXMaterialColor4(0, 0, 0, 1) : mode->LineColor();
-    if (mode->GetFlagLineColorFromObject())
+    if (mode->GetFlagLineColorFromObject() || ToolColorsWires())
         style.color = CurrentObject()->DefaultMaterial()->KdColor();
     style.bias = kLineBias;
     style.fadeBelow = 9;
@@ -216,7 +212,7 @@ void VXGLDrawEngine::DrawCustomLines(VXScene* /*scene*/)
         {0.90f, 0.16f, 0.14f, 1}, {0.10f, 0.62f, 0.16f, 1}, {0.10f, 0.36f, 0.98f, 1}};
     SetSurfaceOffset(false);
     VisitSurfaces(
-        [&](Geometry& geometry)
+        [&](VXObject&, Geometry& geometry)
         {
             if (!geometry.vectors.Update(*geometry.geom, mVectors))
                 return;

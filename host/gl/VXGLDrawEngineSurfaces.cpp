@@ -25,6 +25,7 @@ enum SurfaceBit : std::uint32_t
     kShadePick,
     kShadeHeight,
     kShadeGround,
+    kShadeMark,
     kFlat = 1u << 4,
     kTexture = 1u << 5,
     kVertexColors = 1u << 6,
@@ -32,8 +33,8 @@ enum SurfaceBit : std::uint32_t
     kFarLightsShift = 8, ///< four bits: their number
 };
 
-constexpr const char* kShadeNames[] = {"SHADE_LIT",     "SHADE_TOON", "SHADE_FILL",   "SHADE_DEPTH",
-                                       "SHADE_NORMALS", "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND"};
+constexpr const char* kShadeNames[] = {"SHADE_LIT",  "SHADE_TOON",   "SHADE_FILL",   "SHADE_DEPTH", "SHADE_NORMALS",
+                                       "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK"};
 
 float Linear(float encoded)
 {
@@ -273,22 +274,39 @@ void VXGLDrawEngine::DrawSurface(const VXElementBatch& batch)
         DrawTriangles(range);
         SetCullFace(false, true);
     }
-    else if (DrawsLinesOver(batch.drawMode) && !mDrawingShadowMap)
-    {
-        if (!mCull)
-        {
-            SetSurfaceOffset(true, true);
-            SetCullFace(true, false);
-            DrawTriangles(range);
-        }
-        SetSurfaceOffset(true);
-        SetCullFace(true, true);
-        DrawTriangles(range);
-        SetCulling(batch.drawMode, mPlacement.mirrored);
-        SetSurfaceOffset(false);
-    }
+    else if (!mDrawingShadowMap)
+        DrawUnderLines(batch.drawMode, range);
     else
         DrawTriangles(range);
+}
+
+// Surfaces of styles that draw lines on them stand back for these.
+void VXGLDrawEngine::DrawUnderLines(const VXMaterial* mode, const Range& range)
+{
+    if (!DrawsLinesOver(mode))
+        return DrawTriangles(range);
+    if (!mCull)
+    {
+        SetSurfaceOffset(true, true);
+        SetCullFace(true, false);
+        DrawTriangles(range);
+    }
+    SetSurfaceOffset(true);
+    SetCullFace(true, true);
+    DrawTriangles(range);
+    SetCulling(mode, mPlacement.mirrored);
+    SetSurfaceOffset(false);
+}
+
+// --- Marks on surfaces
+
+vx::Program* VXGLDrawEngine::MarkProgram() { return SurfaceProgram(kShadeMark | kFlat); }
+
+void VXGLDrawEngine::BindMarkArrays(const vx::PolyMarks& marks)
+{
+    BindSurfaceArrays(kShadeMark);
+    BindBufferTexture(5, mBuffers->TrianglePolys());
+    BindBufferTexture(6, marks.Polys());
 }
 
 // Depth of all surfaces and nothing else, for styles that hide lines behind surfaces without drawing them.
@@ -303,7 +321,7 @@ void VXGLDrawEngine::DrawDepthOfScene()
     SetBlend(false);
     SetCullFace(false, true);
     VisitSurfaces(
-        [&](Geometry& geometry)
+        [&](VXObject&, Geometry& geometry)
         {
             mBuffers = &geometry.buffers;
             if (!mBuffers->NeedTriangles())
