@@ -15,8 +15,8 @@ namespace vx::cli
 static constexpr std::int64_t kMostPolygons = INT32_MAX / 8;
 static constexpr std::int64_t kBytesPerPolygon = 300; // record, edges and normals
 
-// OpenSubdiv counts them with 16 bits.
-static constexpr std::int32_t kMostCorners = 65535, kMostFacesAtVertex = 32767;
+// What the library refines with OpenSubdiv: corners of a polygon, and polygons at a vertex.
+static constexpr std::int32_t kMostAtOnce = 32767;
 
 const std::vector<std::string>& SchemeNames()
 {
@@ -65,14 +65,14 @@ BString SubdivisionProblem(const GEOM& record, int levels, bool ownScheme)
     if (most < levels)
         return BString::Format("level %d would make more than %lld polygons, expected a level up to %d", levels,
                                static_cast<long long>(kMostPolygons), most);
-    if (!ownScheme && mostCorners > kMostCorners)
+    if (!ownScheme && mostCorners > kMostAtOnce)
         return BString::Format("a polygon has %d corners, expected at most %d with OpenSubdiv; --scheme %s takes more",
-                               mostCorners, kMostCorners, kOwnScheme);
+                               mostCorners, kMostAtOnce, kOwnScheme);
     const std::int32_t mostFaces = faces.empty() ? 0 : *std::max_element(faces.begin(), faces.end());
-    if (!ownScheme && mostFaces > kMostFacesAtVertex)
+    if (!ownScheme && mostFaces > kMostAtOnce)
         return BString::Format(
             "a vertex is in %d polygons, expected at most %d with OpenSubdiv; --scheme %s takes more", mostFaces,
-            kMostFacesAtVertex, kOwnScheme);
+            kMostAtOnce, kOwnScheme);
     // What the system could never give, it refuses when asked for it at once.
     void* const probe = MEM_Alloc(1, std::size_t(there * kBytesPerPolygon));
     MEM_Free(probe);

@@ -1,6 +1,8 @@
 // One level of Catmull-Clark on a closed torus of quads, beside OpenSubdiv, OpenMesh and CGAL: positions and topology,
-// with texture coordinates for OpenSubdiv and for us. Each starts from its own connected mesh (OpenSubdiv, which has
-// none, from a descriptor) and ends with the positions of the finer mesh; nothing that is derived from them is timed.
+// with texture coordinates for OpenSubdiv and for us. Each starts from its own connected mesh and ends with the
+// positions of the finer mesh; nothing that is derived from them is timed. In the rows "velmar" and "opensubdiv" the
+// edge list of the one and the base level of the other are there when the clock starts; in "velmar-from-record" and
+// "opensubdiv-from-record" it runs while they are made.
 
 #include "bench/BenchMeshes.h"
 #include "mesh/VXEdgeList.h"
@@ -67,13 +69,21 @@ void OurStep(const GEOM& from, const VXEdgeList& edges, GEOM& to, BArray<std::in
 
 void OurSubdivision(benchmark::State& state)
 {
-    VXEdgeList edges;
-    edges.Build(Source());
+    const bool fromRecord = state.range(0) != 0;
+    VXEdgeList kept;
+    kept.Build(Source());
     for (auto _ : state)
     {
+        VXEdgeList made;
+        const auto subdivide = [&](GEOM& to, BArray<std::int32_t>& parents)
+        {
+            if (fromRecord)
+                made.Build(Source());
+            OurStep(Source(), fromRecord ? made : kept, to, parents);
+        };
         const GeomPtr result(GEOM_Alloc());
         BArray<std::int32_t> parents;
-        state.SetIterationTime(SecondsOf([&] { OurStep(Source(), edges, *result, parents); }));
+        state.SetIterationTime(SecondsOf([&] { subdivide(*result, parents); }));
         Check check;
         for (std::int32_t v = 0; v < result->numVerts; ++v)
             check.Add(double(result->verts[v].x), double(result->verts[v].y), double(result->verts[v].z));
@@ -97,6 +107,7 @@ struct Floats
 void PeerOpenSubdiv(benchmark::State& state)
 {
     using namespace OpenSubdiv;
+    const bool fromRecord = state.range(0) != 0;
     const GEOM& geom = Source();
     const std::vector<int> lengths(std::size_t(geom.numPolys), 4);
     Far::TopologyDescriptor::FVarChannel channel;
@@ -118,9 +129,14 @@ void PeerOpenSubdiv(benchmark::State& state)
         std::vector<Floats<3>> fine;
         std::vector<Floats<2>> fineUVs;
         std::unique_ptr<Far::TopologyRefiner> refiner;
+        const auto makeBase = [&]
+        { refiner.reset(Factory::Create(descriptor, Factory::Options(Sdc::SCHEME_CATMARK, options))); };
+        if (!fromRecord)
+            makeBase();
         const auto refine = [&]
         {
-            refiner.reset(Factory::Create(descriptor, Factory::Options(Sdc::SCHEME_CATMARK, options)));
+            if (fromRecord)
+                makeBase();
             refiner->RefineUniform(Far::TopologyRefiner::UniformOptions(1));
             fine.resize(std::size_t(refiner->GetLevel(1).GetNumVertices()));
             fineUVs.resize(std::size_t(refiner->GetLevel(1).GetNumFVarValues(0)));
@@ -197,8 +213,14 @@ void PeerCgal(benchmark::State& state)
     Count(state);
 }
 
-BENCHMARK(OurSubdivision)->Name("Subdiv/velmar")->Unit(benchmark::kMillisecond)->UseManualTime();
-BENCHMARK(PeerOpenSubdiv)->Name("Subdiv/opensubdiv")->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(OurSubdivision)->Name("Subdiv/velmar")->Arg(0)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(PeerOpenSubdiv)->Name("Subdiv/opensubdiv")->Arg(0)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(OurSubdivision)->Name("Subdiv/velmar-from-record")->Arg(1)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(PeerOpenSubdiv)
+    ->Name("Subdiv/opensubdiv-from-record")
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
 BENCHMARK(PeerOpenMesh)->Name("Subdiv/openmesh")->Unit(benchmark::kMillisecond)->UseManualTime();
 BENCHMARK(PeerCgal)->Name("Subdiv/cgal")->Unit(benchmark::kMillisecond)->UseManualTime();
 } // namespace

@@ -10,7 +10,7 @@ if(TARGET VelmarHost)
 endif()
 foreach(folder ${header_folders})
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar
-            FILES_MATCHING PATTERN "*.h" PATTERN "detail" EXCLUDE PATTERN "platform" EXCLUDE)
+            FILES_MATCHING PATTERN "*.h" PATTERN "detail" EXCLUDE PATTERN "kernel" EXCLUDE PATTERN "platform" EXCLUDE)
 endforeach()
 install(DIRECTORY ${PROJECT_BINARY_DIR}/generated/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar
         FILES_MATCHING PATTERN "*.h")

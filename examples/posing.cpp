@@ -44,6 +44,8 @@ static bool KeepFaces(VXGeom& mesh)
             std::memmove(static_cast<void*>(record.Poly(kept)), record.Poly(i), std::size_t(record.PolyStride()));
             if (record.PolyHasTexture(i))
                 record.tex->polys[kept] = record.tex->polys[i];
+            else if (record.tex && kept < record.tex->numPolys)
+                record.tex->polys[kept] = {0, 0};
             ++kept;
         }
     const GEOM_Texture none, &tex = record.tex ? *record.tex : none;

@@ -128,8 +128,8 @@ public:
     VERTEX* PolyNormal(int i) const { return mPolyNormals ? mPolyNormals + i : nullptr; }
     VERTEX* PolyCenter(int i) const { return mPolyCenters ? mPolyCenters + i : nullptr; }
     std::uint32_t PolySmoothingGroup(int i) const; ///< word 0 of the polygon's group bits; 0 out of range
-    // What a subdivision left here: for each polygon of this mesh the one that it came from, -1 for an empty slot; for
-    // each vertex of the mesh that was subdivided the one of this mesh that it became.
+    // What a subdivision left here: for each polygon of this mesh the one that it came from, -1 for a slot of our own
+    // scheme that no quad takes; for each vertex of the mesh that was subdivided the one of this mesh that it became.
     BArray<int>& SubdivPolyRemapTable() { return mSubdivPolyRemapTable; }
     BArray<int>& SubdivVertRemapTable() { return mSubdivVertRemapTable; }
     bool PolyIncludesVertex(int poly, int vert) const; ///< vert: of the record
@@ -389,9 +389,9 @@ public:
     /// One Catmull-Clark step into `dest`, whose contents are replaced; every polygon of n corners becomes n quads.
     /// Border vertices never move, and crease vertices stay where they are. Quads are of no group. Lines become quads
     /// along the line, one for each edge; slots that polygons with fewer edges than corners leave over are empty
-    /// polygons at the end, of parent -1. Needs this mesh's edge list. Nothing without a record, or when dest is null,
-    /// this mesh or a wrapper of the same record. When memory or numbers of 32 bits run out, dest
-    /// is empty.
+    /// polygons at the end, of parent -1. Children of polygons without texture coordinates have texture runs of length
+    /// 0. Needs this mesh's edge list. Nothing without a record, or when dest is null, this mesh or a wrapper of the
+    /// same record. When memory or numbers of 32 bits run out, dest is empty.
     void SubdivideCatmullClark(VXGeom* dest);
     /// The mesh refined uniformly to `level` (1 to 15) into `dest`, whose contents are replaced: positions and texture
     /// coordinates, with materials, groups, types and flags of the parents, and derived data as in any other mesh.
@@ -402,7 +402,7 @@ public:
     /// @param unused ignored
     /// @return 0, also for a null dest. -1, with dest as it was: a polygon that is no face or has fewer than three
     /// corners, an index out of range, a level out of range, dest being this mesh, more than memory or 32 bits hold,
-    /// or what OpenSubdiv refuses (more than 65,535 corners, or 32,767 faces at a vertex); and always without it
+    /// or what OpenSubdiv refuses (more than 32,767 corners, or faces at a vertex); and always without it
     int SubdivideOpenSubDiv(VXGeom* dest, int level, E_SubdivScheme scheme, bool forceRebuild, bool unused = false);
     void ClearSubdiv(); ///< drops the kept refiner and its buffers; so does whatever replaces the record
 

@@ -13,10 +13,10 @@ namespace
 {
 constexpr int kMaxLevel = 15;
 
-// A vertex of a face of this many corners, and a vertex in this many faces, is more than OpenSubdiv numbers with 16
-// bits; a vertex can have two edges for each of its faces. It would refuse, but not without printing something.
-constexpr std::int32_t kMaxCorners = 65535;
-constexpr std::int32_t kMaxFacesAtVertex = 32767;
+// Corners of a face, which are the faces around the point in its middle, and faces at a vertex. OpenSubdiv numbers a
+// vertex's edges, up to two for each face, with 16 bits; it would refuse more, but not without printing something. It
+// and the refiner square the number of faces in 32 bits, and its time grows with that square.
+constexpr std::int32_t kMaxValence = 32767;
 
 // Counts of a level are 32-bit numbers here as in OpenSubdiv, which has up to six entries for a face in one table.
 constexpr std::int64_t kMaxFaces = INT32_MAX / 8;
@@ -71,7 +71,7 @@ bool ControlArrays::Gather(const GEOM& geom)
     for (std::int64_t p = 0; p < polys.count; ++p)
     {
         const std::int32_t length = polys.Length(polys[p]);
-        if (!polys[p].IsFace() || length < 3 || length > kMaxCorners)
+        if (!polys[p].IsFace() || length < 3 || length > kMaxValence)
             return false;
         lengths.Data()[p] = length;
         total += length;
@@ -111,7 +111,7 @@ bool ControlArrays::Gather(const GEOM& geom)
 
 bool ControlArrays::ValencesFit(std::int32_t numVerts) const
 {
-    if (corners.Count() <= kMaxFacesAtVertex)
+    if (corners.Count() <= kMaxValence)
         return true;
     BArray<std::int32_t> faces;
     if (!faces.SetCount(numVerts))
@@ -119,7 +119,7 @@ bool ControlArrays::ValencesFit(std::int32_t numVerts) const
     std::int32_t most = 0;
     for (const std::int32_t v : corners)
         most = std::max(most, ++faces.Data()[v]);
-    return most <= kMaxFacesAtVertex;
+    return most <= kMaxValence;
 }
 
 // Whether `corners` corners can be refined so far. Beyond what 32 bits count, the system is asked for the memory first:
@@ -319,9 +319,13 @@ void VXGeom::TakeRefinedPositions(const VXSubdivCache& cache)
     for (VERTEX* const array : {mGeom->verts, mSavedVerts})
         if (array)
             CopyPositions(last, count, array);
-    if (MEM_Count(mTransformedVerts) >= std::size_t(count))
-        CopyPositions(last, count, mTransformedVerts);
     UpdateCreaseVerts();
+    mSavedVerts = UpdateArbVertArrayForCreases(mSavedVerts);
+    if (MEM_Count(mTransformedVerts) >= std::size_t(count))
+    {
+        CopyPositions(last, count, mTransformedVerts);
+        mTransformedVerts = UpdateArbVertArrayForCreases(mTransformedVerts);
+    }
     SetIncludesLines(false);
     SetIncludesPoints(false);
 }
@@ -334,8 +338,6 @@ bool VXGeom::BuildRefined(VXGeom& dest)
     const vx::Refiner& refiner = *cache.refiner;
     if (cache.uvs && !FillUVs())
         return false;
-    const std::int32_t count = refiner.NumVerts();
-    const VERTEX* const last = cache.positions + (refiner.NumVertsTotal() - count);
     VXGeom fresh;
     fresh.mFlags = dest.mFlags;
     fresh.mCreaseAngle = dest.mCreaseAngle;
@@ -356,26 +358,26 @@ bool VXGeom::BuildRefined(VXGeom& dest)
     {
         return false;
     }
-    CopyPositions(last, count, fresh.mGeom->verts);
+    const std::int32_t count = refiner.NumVerts();
+    CopyPositions(cache.positions + (refiner.NumVertsTotal() - count), count, fresh.mGeom->verts);
     if (cache.uvs)
         std::memcpy(static_cast<void*>(fresh.mGeom->tex->verts), cache.uvs + (refiner.NumUVsTotal() - refiner.NumUVs()),
                     std::size_t(refiner.NumUVs()) * sizeof(T_VERTEX));
-    if (dest.mTransformedVerts)
-    {
-        fresh.mTransformedVerts = MEM_AllocArray<VERTEX>(std::size_t(count));
-        if (!fresh.mTransformedVerts)
-            return false;
-        CopyPositions(last, count, fresh.mTransformedVerts);
-    }
     if (!fresh.DeriveRefined())
         return false;
+    if (dest.mTransformedVerts) // with the crease vertices, which are there now
+    {
+        if (!fresh.AllocTransformedVerts())
+            return false;
+        std::copy_n(fresh.mGeom->verts, fresh.NumVerts(true), fresh.mTransformedVerts);
+    }
     dest.TakeRefined(fresh);
     dest.mRefinedBy = cache.number;
     return true;
 }
 
-// The texture vertices of all levels. False when memory ran out, or when the mesh has fewer of them than the refiner
-// was made for.
+// The texture vertices of all levels. Those that the refiner was made for and the mesh does not have are (0, 0). False
+// when memory ran out.
 bool VXGeom::FillUVs()
 {
     const VXSubdivCache& cache = *mSubdivCache;

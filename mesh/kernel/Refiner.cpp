@@ -40,7 +40,8 @@ struct Step
     /// the sharp line; or 0, for a corner.
     BArray<std::int32_t> rings;
 
-    bool Fill(const Far::TopologyLevel& level); ///< false when memory ran out
+    /// False when memory ran out, or when some vertex has no mask.
+    bool Fill(const Far::TopologyLevel& level);
     std::size_t MemoryUsed() const
     {
         return std::size_t(lengths.Capacity() + corners.Capacity() + rings.Capacity()) * sizeof(std::int32_t) +
@@ -73,36 +74,45 @@ void FillEdges(const Far::TopologyLevel& level, Step& step)
     }
 }
 
-// Returns the end of what was written.
+// Whether there is a mask for what lies around a vertex. Where a polygon runs over one vertex or edge more than once
+// there may be none; OpenSubdiv asserts that this does not happen, and then interpolates with weights that nobody has
+// set.
+bool HasMask(const Far::TopologyLevel& level, Far::Index v)
+{
+    const Far::ConstIndexArray edges = level.GetVertexEdges(v);
+    switch (level.GetVertexRule(v))
+    {
+    case Sdc::Crease::RULE_CORNER:
+        return true;
+    case Sdc::Crease::RULE_CREASE:
+        return std::count_if(edges.begin(), edges.end(),
+                             [&level](Far::Index e) { return level.GetEdgeSharpness(e) > 0; }) == 2;
+    default:
+        return edges.size() > 0 && level.GetVertexFaces(v).size() == edges.size();
+    }
+}
+
+// For a vertex that has a mask. Returns the end of what was written.
 std::int32_t* FillRing(const Far::TopologyLevel& level, Far::Index v, std::int32_t* out)
 {
     const Far::ConstIndexArray faces = level.GetVertexFaces(v), edges = level.GetVertexEdges(v);
     const Sdc::Crease::Rule rule = level.GetVertexRule(v);
-    std::int32_t* const head = out++;
-    const auto acrossEdges = [&](bool sharpOnly)
+    if (rule == Sdc::Crease::RULE_CORNER)
     {
-        for (const Far::Index e : edges)
-            if (!sharpOnly || level.GetEdgeSharpness(e) > 0)
-            {
-                const Far::ConstIndexArray verts = level.GetEdgeVertices(e);
-                *out++ = verts[0] == v ? verts[1] : verts[0];
-            }
-    };
-    *head = 0;
-    if (rule == Sdc::Crease::RULE_CREASE)
-    {
-        acrossEdges(true);
-        *head = out - head == 3 ? kSharp : 0;
+        *out++ = 0;
+        return out;
     }
-    else if (rule != Sdc::Crease::RULE_CORNER && faces.size() == edges.size())
-    {
+    const bool sharpOnly = rule == Sdc::Crease::RULE_CREASE;
+    *out++ = sharpOnly ? kSharp : faces.size();
+    if (!sharpOnly)
         out = std::copy(faces.begin(), faces.end(), out);
-        acrossEdges(false);
-        *head = faces.size();
-    }
-    // Where polygons run over one vertex in ways that no rule has a mask for, it stays where it is. OpenSubdiv's own
-    // interpolation then takes weights that nobody has set.
-    return *head == 0 ? head + 1 : out;
+    for (const Far::Index e : edges)
+        if (!sharpOnly || level.GetEdgeSharpness(e) > 0)
+        {
+            const Far::ConstIndexArray verts = level.GetEdgeVertices(e);
+            *out++ = verts[0] == v ? verts[1] : verts[0];
+        }
+    return out;
 }
 
 bool Step::Fill(const Far::TopologyLevel& level)
@@ -121,7 +131,11 @@ bool Step::Fill(const Far::TopologyLevel& level)
     FillEdges(level, *this);
     std::int32_t* out = rings.Data();
     for (Far::Index v = 0; v < numVerts; ++v)
+    {
+        if (!HasMask(level, v))
+            return false;
         out = FillRing(level, v, out);
+    }
     return true;
 }
 } // namespace
@@ -182,8 +196,21 @@ std::unique_ptr<Far::TopologyRefiner> BaseLevel(const ControlTopology& control)
         descriptor.fvarChannels = &uvs;
     }
     using Factory = Far::TopologyRefinerFactory<Far::TopologyDescriptor>;
-    return std::unique_ptr<Far::TopologyRefiner>(
-        Factory::Create(descriptor, Factory::Options(Sdc::SCHEME_CATMARK, Rules())));
+    const Factory::Options rules(Sdc::SCHEME_CATMARK, Rules());
+    std::unique_ptr<Far::TopologyRefiner> refiner(Factory::Create(descriptor, rules));
+
+    // Vertices without a mask stay where they are, as corners do. Finer levels then have a mask for every vertex.
+    std::vector<Far::Index> corners;
+    for (Far::Index v = 0; refiner && v < control.numVerts; ++v)
+        if (!HasMask(refiner->GetLevel(0), v))
+            corners.push_back(v);
+    if (corners.empty())
+        return refiner;
+    const std::vector<float> weights(corners.size(), Sdc::Crease::SHARPNESS_INFINITE);
+    descriptor.numCorners = int(corners.size());
+    descriptor.cornerVertexIndices = corners.data();
+    descriptor.cornerWeights = weights.data();
+    return std::unique_ptr<Far::TopologyRefiner>(Factory::Create(descriptor, rules));
 }
 } // namespace
 
@@ -196,8 +223,9 @@ std::unique_ptr<Refiner> Refiner::Make(const ControlTopology& control, int level
         if (!tables->far)
             return nullptr;
         tables->hasUVs = !control.uvCorners.empty();
-        // Faces and parents of the last level are there either way. The neighbourhoods that its full topology would
-        // add are read by nobody, and cost as much time and memory as all the rest together.
+        // Faces and parents of the last level are there either way, and interpolation reads the surroundings in the
+        // level before, so the result is the same bit for bit. The full topology of the last level would add
+        // surroundings that nobody reads, and cost as much time and memory as all the rest together.
         Far::TopologyRefiner::UniformOptions options(level);
         options.fullTopologyInLastLevel = false;
         tables->far->RefineUniform(options);

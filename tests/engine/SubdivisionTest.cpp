@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -195,6 +196,53 @@ TEST(RebuildSubDiv, EveryLevelIsFinerAndKeepsItsSnapshotUndeformed)
         for (std::size_t v = 0; v < first.size(); ++v)
             EXPECT_EQ(*object.SubdivGeom(3)->Vertex(int(v)), first[v]);
         EXPECT_EQ(host.rebuilds, openSubdiv ? 3 : 0); // the second time only positions were refined
+    }
+}
+
+TEST(RebuildSubDiv, APoseEqualsWhatAFreshObjectMakesOfIt)
+{
+    for (const bool openSubdiv : {false, VXSwitches::OpenSubdivOn()})
+    {
+        SCOPED_TRACE(openSubdiv);
+        VXScene scene;
+        HostDelegate host;
+        host.creases = true;
+        scene.SetSceneDelegate(&host);
+        const VXSwitches::Scoped scheme(VXSwitches::OpenSubdivOn, VXSwitches::SetOpenSubdivOn, openSubdiv);
+        const auto torus = GeomOf(Torus(6, 5)); // its texture has seams
+        VXObject posed, fresh;
+        for (VXObject* const object : {&posed, &fresh})
+        {
+            object->SetGeom(torus.get(), false);
+            object->SetUsesTangents(true);
+            object->SetCurSubDivLevel(2);
+        }
+        ASSERT_EQ(posed.RebuildSubDiv(), 0);
+        for (int v = 0; v < torus->NumVerts(false); ++v)
+            torus->Vertex(v)->z += 0.25f * torus->Vertex(v)->x * torus->Vertex(v)->x;
+        ASSERT_EQ(posed.RebuildSubDiv(), 0);
+        ASSERT_EQ(fresh.RebuildSubDiv(), 0);
+        for (int level = 0; level <= 2; ++level)
+        {
+            const VXGeom &a = *posed.SubdivGeom(level), &b = *fresh.SubdivGeom(level);
+            EXPECT_GT(b.NumbCreaseVerts(), 0);
+            const auto same = [](const auto* x, const auto* y, int count)
+            { return x && y && std::memcmp(x, y, std::size_t(count) * sizeof *x) == 0; };
+            const int count = b.NumVerts(true), own = b.NumVerts(false);
+            ASSERT_EQ(a.NumVerts(true), count) << level;
+            EXPECT_TRUE(same(a.Verts(), b.Verts(), count)) << level;
+            EXPECT_TRUE(same(a.VertNormals(), b.VertNormals(), count)) << level;
+            EXPECT_TRUE(same(a.PolyNormals(), b.PolyNormals(), b.NumPolys())) << level;
+            EXPECT_TRUE(same(a.UvsPerVertex(), b.UvsPerVertex(), count)) << level;
+            EXPECT_TRUE(same(a.CreaseSets(), b.CreaseSets(), 4 * b.NumPolys())) << level;
+            EXPECT_TRUE(same(a.OrigCreaseIndexTable(), b.OrigCreaseIndexTable(), b.NumbCreaseVerts())) << level;
+            if (level == 0)
+                continue;
+            EXPECT_TRUE(same(a.VertTangents(), b.VertTangents(), own)) << level;
+            EXPECT_TRUE(same(a.PreMungeVerts(), b.PreMungeVerts(), own)) << level;
+            EXPECT_TRUE(same(a.PreMungeNormals(), b.PreMungeNormals(), own)) << level;
+            EXPECT_TRUE(same(a.PreMungeBinormals(), b.PreMungeBinormals(), own)) << level;
+        }
     }
 }
 

@@ -31,7 +31,8 @@ struct DirectSubdivision
     std::vector<Floats<3>> points;
     std::vector<Floats<2>> uvs; ///< empty without texture coordinates
 
-    DirectSubdivision(const GEOM& control, int level)
+    /// @param full the whole topology of the last level too, which nothing here needs
+    DirectSubdivision(const GEOM& control, int level, bool full = false)
     {
         namespace Far = OpenSubdiv::Far;
         namespace Sdc = OpenSubdiv::Sdc;
@@ -56,7 +57,9 @@ struct DirectSubdivision
         rules.SetFVarLinearInterpolation(Sdc::Options::FVAR_LINEAR_NONE);
         using Factory = Far::TopologyRefinerFactory<Far::TopologyDescriptor>;
         refiner.reset(Factory::Create(descriptor, Factory::Options(Sdc::SCHEME_CATMARK, rules)));
-        refiner->RefineUniform(Far::TopologyRefiner::UniformOptions(level));
+        Far::TopologyRefiner::UniformOptions options(level);
+        options.fullTopologyInLastLevel = full;
+        refiner->RefineUniform(options);
         points.resize(std::size_t(refiner->GetNumVerticesTotal()));
         uvs.resize(std::size_t(control.tex ? refiner->GetNumFVarValuesTotal() : 0));
         Pose(control.verts);
