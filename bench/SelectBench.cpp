@@ -2,6 +2,7 @@
 // let do all ten in one call and so looks at each step's newest faces alone. Mirroring of vertices beside nanoflann,
 // which only builds its tree and searches: selections are nobody's business.
 
+#include "base/BBitArray.h"
 #include "bench/BenchMeshes.h"
 #include "mesh/VXGeom.h"
 
