@@ -19,7 +19,7 @@ constexpr float kBorderWidth = 2.0f;
 constexpr float kLargestDot = 8, kSmallestDot = 2.5f;
 constexpr float kDotShareOfEdge = 0.45f;
 
-constexpr float kTintAlpha = 0.5f, kMemberTintAlpha = 0.25f;
+constexpr float kTintAlpha = 0.5f, kMemberTintAlpha = 0.4f;
 
 // Of the grouping tool: wires of the object that it works on, the current group, what its two checks find.
 const VXMaterialColor4 kToolWires{0.10f, 0.25f, 0.55f, 1};

@@ -1,8 +1,8 @@
 #include "tests/draw/Stage.h"
 
-#include "draw/VXAppToolInfo.h"
 #include "engine/VXObjectDelegate.h"
 #include "engine/VXSwitches.h"
+#include "tests/support/Tools.h"
 
 #include <gtest/gtest.h>
 
@@ -83,24 +83,6 @@ TEST(WirePass, ShowsTheCageOverASurfaceWithoutWires)
               (Lines{"PrepareObjectPass scene", "PrepareObjectPass cage", "DrawSortedElements ball",
                      "PrepareObjectPass scene"}));
 }
-
-/// Tools as the host would keep them.
-struct Tools
-{
-    bool group = false, multi = false, none = false, morph = false, showMesh = false, cd1 = false, cd2 = false,
-         last = false;
-    E_GroupModeSelectionType selection = kGroupSelectPolygons;
-    int mode = 0;
-    std::int32_t word = 0, closest = 0;
-    std::uint32_t bits = 0;
-    VERTEX magic;
-
-    VXAppToolInfo* Info()
-    {
-        return new VXAppToolInfo(group, selection, multi, none, mode, word, bits, morph, magic, closest, showMesh, cd1,
-                                 cd2, last);
-    }
-};
 
 TEST(WirePass, DrawsWhatAToolWorksOnInItsOwnWay)
 {

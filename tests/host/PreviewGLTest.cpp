@@ -9,10 +9,13 @@
 #include "host/image/Png.h"
 #include "mesh/VXGeom.h"
 #include "tests/support/Meshes.h"
+#include "tests/support/Tools.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <sstream>
 
@@ -99,6 +102,41 @@ Bounds InkOf(const CPB_Offscreen& picture, int lighterThan = 200)
                 ++ink.pixels;
             }
     return ink;
+}
+
+// Two by two squares in the plane z = 0, those on the left in the group "left"; behind them a wall in the group "back",
+// which sticks out on the right by as much as the squares are wide.
+const char* const kStage = "v -2 -2 0\nv 0 -2 0\nv 2 -2 0\nv -2 0 0\nv 0 0 0\nv 2 0 0\nv -2 2 0\nv 0 2 0\nv 2 2 0\n"
+                           "v -2 -2 -1\nv 6 -2 -1\nv 6 2 -1\nv -2 2 -1\n"
+                           "g left\nf 1 2 5 4\nf 4 5 8 7\ng right\nf 2 3 6 5\nf 5 6 9 8\ng back\nf 10 11 12 13\n";
+
+void AddStage(Preview& preview) { ASSERT_TRUE(preview.LoadText(kStage, std::strlen(kStage), "stage", BPath("."), {})); }
+
+// Pixels in which one channel is well above another, in each of four columns of equal width that the model fills.
+struct Columns
+{
+    int count[4] = {};
+    // All over these columns and nowhere else; the border that others share with them may stand out on their side.
+    testing::AssertionResult Only(std::initializer_list<int> some) const
+    {
+        bool right = true;
+        for (int c = 0; c < 4; ++c)
+            right = right && (std::find(some.begin(), some.end(), c) != some.end() ? count[c] > 1500 : count[c] < 600);
+        return (right ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << count[0] << ", " << count[1] << ", " << count[2] << ", " << count[3];
+    }
+};
+Columns TintOf(const CPB_Offscreen& picture, int strong, int weak)
+{
+    const Bounds ink = InkOf(picture, 250);
+    Columns columns;
+    for (int y = 0; y < picture.Height(); ++y)
+        for (int x = ink.left; x <= ink.right; ++x)
+        {
+            const std::uint8_t* const p = picture.Row(y) + 4 * x;
+            columns.count[4 * (x - ink.left) / (ink.right - ink.left + 1)] += p[strong] > p[weak] + 40;
+        }
+    return columns;
 }
 
 class PreviewGL : public testing::Test
@@ -503,4 +541,93 @@ TEST_F(PreviewGL, AnswersInWordsForPicturesThatCannotBe)
     options.height = 16;
     EXPECT_TRUE(preview.Render(options)) << preview.Error().CString();
     EXPECT_EQ(preview.Error(), "");
+}
+
+TEST_F(PreviewGL, HighlightsShowWhereTheirPolygonsAreSeen)
+{
+    AddStage(preview);
+    const VXMaterialColor4 orange{1, 0.4f, 0, 1}, blue{0, 0.3f, 1, 1};
+    for (const DrawMode mode : {DrawMode::Smooth, DrawMode::FlatLined, DrawMode::HidLine, DrawMode::ToonShadedOutlined})
+    {
+        SCOPED_TRACE(PresetOf(mode).name);
+        PreviewOptions options = Plain(mode, 200, 120);
+        const auto tint = [&](std::vector<Highlight> highlights, int strong, int weak)
+        {
+            options.highlights = std::move(highlights);
+            return TintOf(*Drawn(preview, options), strong, weak);
+        };
+        EXPECT_TRUE(tint({}, 0, 2).Only({}));
+        EXPECT_TRUE(tint({{"left", orange}}, 0, 2).Only({0}));
+        EXPECT_TRUE(tint({{"back", orange}}, 0, 2).Only({2, 3})) << "the rest of it is hidden";
+        EXPECT_TRUE(tint({{"left", orange}, {"right", blue}}, 0, 2).Only({0}));
+        EXPECT_TRUE(tint({{"left", orange}, {"right", blue}}, 2, 0).Only({1}));
+        EXPECT_TRUE(tint({{"nobody", orange}}, 0, 2).Only({}));
+
+        const Columns dots = tint({{"right", orange, true}}, 0, 2);
+        EXPECT_GT(dots.count[1], 50) << "six vertices on both sides of the second column";
+        EXPECT_LT(dots.count[1], 400) << "dots, no surface";
+        EXPECT_EQ(dots.count[3], 0);
+    }
+}
+
+TEST_F(PreviewGL, ToolsShowWhatTheyWorkOn)
+{
+    Tools tools; // before the engine loses its info
+    AddStage(preview);
+    AddStage(preview);
+    VXObject* const stage = preview.Scene().Object(0);
+    VXObject* const other = preview.Scene().Object(1);
+    stage->SetInternalName("current");
+    MAT_Translate(other->GetTransform(), 0, -5, 0);
+    preview.Scene().SetCurrentObjectByInternalName("current");
+    preview.Engine().SetGroupToolInfo(tools.Info());
+    const PreviewOptions options = Plain(DrawMode::FlatLined, 200, 240);
+    const auto tint = [&](int strong, int weak) { return TintOf(*Drawn(preview, options), strong, weak); };
+    const auto select = [&](const char* group)
+    { GEOM_GetGroupBit(stage->Geom()->Geom(), group, &tools.word, &tools.bits); };
+    const VXMaterialColor4 color = stage->DefaultMaterial()->KdColor();
+
+    select("left");
+    EXPECT_TRUE(tint(0, 2).Only({})) << "the tool is off";
+    tools.group = true;
+    EXPECT_TRUE(tint(0, 2).Only({0}));
+    select("right"); // nothing is told of it
+    EXPECT_TRUE(tint(0, 2).Only({1}));
+    tools.selection = kGroupSelectVertices;
+    const Columns dots = tint(0, 2);
+    EXPECT_GT(dots.count[1], 30);
+    EXPECT_LT(dots.count[1], 600);
+    tools.bits = 0;
+    tools.none = true;
+    stage->Geom()->PolyGroupShrinkSelectionEdgeLoop("back"); // a lone polygon: it is in no group now
+    EXPECT_TRUE(tint(2, 0).Only({2, 3}));
+    tools.multi = true;
+    GEOM_GroupAddElem(stage->Geom()->Geom(), "left", 2);
+    GEOM_GroupAddElem(stage->Geom()->Geom(), "left", 3);
+    EXPECT_TRUE(tint(0, 1).Only({1})) << "those in two groups";
+
+    // The lines of the object that the tool leaves alone are black, those of its own are not.
+    const PicturePtr picture = Drawn(preview, options);
+    int blue[2] = {}, black[2] = {};
+    for (int y = 0; y < picture->Height(); ++y)
+        for (int x = 0; x < picture->Width(); ++x)
+        {
+            const std::uint8_t* const p = picture->Row(y) + 4 * x;
+            const int half = 2 * y / picture->Height();
+            blue[half] += p[2] > p[0] + 40;
+            black[half] += p[0] < 60 && p[2] < 60;
+        }
+    EXPECT_GT(blue[0], 100);
+    EXPECT_EQ(blue[1], 0);
+    EXPECT_EQ(black[0], 0);
+    EXPECT_GT(black[1], 100);
+
+    tools.group = tools.none = tools.multi = false;
+    tools.cd1 = tools.cd2 = true;
+    other->SetGroupMember(true);
+    const Columns member = tint(1, 0);
+    EXPECT_TRUE(member.Only({0, 1, 2, 3})) << "all of the member";
+    tools.cd2 = false;
+    EXPECT_TRUE(tint(1, 0).Only({}));
+    EXPECT_EQ(stage->DefaultMaterial()->KdColor(), color);
 }

@@ -1,11 +1,14 @@
 #include "mesh/VXSelectionSet.h"
 #include "tests/support/EdgeMeshes.h"
+#include "tests/support/Models.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <map>
+#include <numeric>
 #include <set>
+#include <tuple>
 
 namespace
 {
@@ -355,6 +358,95 @@ TEST(Mirroring, ThereAndBackIsTheIdentityOnASymmetricMesh)
             SetGroup(geom, start);
             geom.PolyGroupMirrorSelection(kGroup, E_MirrorDirection(nowhere), kMirrorAdd | kMirrorRemove);
             EXPECT_EQ(GroupOf(geom), start);
+        }
+    }
+}
+
+namespace
+{
+bool Contains(const Elements& all, const Elements& some)
+{
+    return std::includes(all.begin(), all.end(), some.begin(), some.end());
+}
+
+Elements AfterStep(VXGeom& geom, const Elements& polys, void (VXGeom::*step)(const char*))
+{
+    SetGroup(geom, polys);
+    (geom.*step)(kGroup);
+    return GroupOf(geom);
+}
+
+// The same polygons in another order. @param places where polygon i stood before
+TestMesh Renumbered(const GEOM& record, std::mt19937& random, std::vector<int>& places)
+{
+    TestMesh mesh{"renumbered", {record.verts, record.verts + record.numVerts}, {}};
+    places.resize(std::size_t(record.numPolys));
+    std::iota(places.begin(), places.end(), 0);
+    std::shuffle(places.begin(), places.end(), random);
+    for (const int p : places)
+    {
+        const std::int32_t* const corners = record.sets + record.Poly(p)->start;
+        mesh.faces.emplace_back(corners, corners + record.Poly(p)->length);
+    }
+    return mesh;
+}
+
+// Whether each polygon's centre has one of its own in its mirror image across x = 0.
+bool IsSymmetric(const VXGeom& geom)
+{
+    std::vector<VERTEX> centres(std::size_t(geom.NumPolys()));
+    geom.ComputePolyCentroids(centres.data(), nullptr);
+    const auto places = [&](float side)
+    {
+        std::multiset<std::tuple<long, long, long>> set;
+        for (const VERTEX& c : centres)
+            set.emplace(std::lround(side * c.x * 4096), std::lround(c.y * 4096), std::lround(c.z * 4096));
+        return set;
+    };
+    return places(1) == places(-1);
+}
+} // namespace
+
+TEST(Selection, HoldsItsPropertiesOnRealModels)
+{
+    const std::vector<std::filesystem::path> models = FurtherModels();
+    if (models.empty())
+        GTEST_SKIP() << "VELMAR_MODELS names no folder of models";
+    std::mt19937 random(4);
+    for (const std::filesystem::path& model : models)
+    {
+        SCOPED_TRACE(model);
+        VXGeom geom;
+        geom.SetGenerateCreases(false);
+        ASSERT_EQ(geom.ReadWavefront(model.string().c_str()), 0);
+        const Elements some = RandomElements(random, geom.NumPolys(), 40);
+        const Elements grown = AfterStep(geom, some, &VXGeom::PolyGroupGrowSelection);
+        EXPECT_TRUE(Contains(grown, some));
+        EXPECT_TRUE(Contains(grown, AfterStep(geom, grown, &VXGeom::PolyGroupShrinkSelection)));
+        EXPECT_TRUE(Contains(AfterStep(geom, grown, &VXGeom::PolyGroupShrinkSelection), some));
+
+        std::vector<int> places;
+        VXGeom other;
+        other.SetGeom(Renumbered(*geom.Geom(), random, places).Record().get(), true);
+        Elements there;
+        for (std::size_t p = 0; p < places.size(); ++p)
+            if (grown.contains(places[p]))
+                there.insert(int(p));
+        for (const PolyStep& s : kPolySteps)
+        {
+            Elements back;
+            for (const int p : AfterStep(other, there, s.step))
+                back.insert(places[std::size_t(p)]);
+            EXPECT_EQ(back, AfterStep(geom, grown, s.step)) << s.name << " depends on the order of polygons";
+        }
+
+        SetGroup(geom, grown);
+        geom.PolyGroupMirrorSelection(kGroup, kMirrorFromPlusX, kMirrorAdd | kMirrorRemove);
+        const Elements mirrored = GroupOf(geom);
+        geom.PolyGroupMirrorSelection(kGroup, kMirrorFromMinusX, kMirrorAdd | kMirrorRemove);
+        if (IsSymmetric(geom))
+        {
+            EXPECT_EQ(GroupOf(geom), mirrored);
         }
     }
 }
