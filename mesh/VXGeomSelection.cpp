@@ -47,8 +47,9 @@ void ApplyStep(const VXGeom& geom, const char* group, vx::SelectionStep step, bo
     BBitArray selected, changes;
     if (!selected.SetCount(geom.NumPolys()))
         return;
-    for (int p = 0; p < geom.NumPolys(); ++p)
-        if (bit->IsIn(*geom.Polygon(p)))
+    const vx::PolyView polys = vx::PolysOf(*geom.Geom());
+    for (std::int64_t p = 0; p < polys.count; ++p)
+        if (bit->IsIn(polys[p]))
             selected.Set(p);
     if (!step(MeshOf(geom), selected, changes))
         return;
