@@ -112,7 +112,7 @@ void VXGLDrawEngine::DrawVertMarks(Geometry& geometry, int slot, const BBitArray
         LineStyle style;
         style.width = std::clamp(kDotShareOfEdge * edge, kSmallestDot, kLargestDot);
         style.color = color * VXMaterialColor4(0.45f, 0.45f, 0.45f, 1);
-        style.bias = 3 * kLineBias; // half of a dot on a bent surface lies under it
+        style.bias = 10 * kLineBias; // a dot faces the viewer, and half of it would lie under a slanted surface
         if (style.width > 4)
         {
             DrawSegments(marks.Verts(), marks.VertRange(), style, true);
