@@ -158,3 +158,12 @@ TEST_F(Select, SaysWhatMakesNoSense)
         EXPECT_FALSE(mPlace.Has("out.obj"));
     }
 }
+
+TEST_F(Select, OnlyGroupsThatAreThereCanBeHighlighted)
+{
+    const Outcome outcome = mPlace.Run(VELMAR_PROGRAM, {"preview", "square.obj", "-o", "out.png", "--highlight",
+                                                        "corner", "--highlight-vertices", "hed"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.err, "velmar: no model has a group 'hed', expected corner or rest\n");
+    EXPECT_FALSE(mPlace.Has("out.png"));
+}
