@@ -203,8 +203,7 @@ CLI::Validator OutputName(const char* what, const std::vector<std::string>& endi
     const auto check = [what = std::string(what), endings](const std::string& name)
     {
         std::error_code ignored;
-        const bool device =
-            std::filesystem::is_other(name, ignored) || std::filesystem::is_character_file(name, ignored);
+        const bool device = std::filesystem::is_other(name, ignored);
         const bool known =
             std::any_of(endings.begin(), endings.end(),
                         [&](const std::string& ending) { return BString(name).Lower().EndsWith(ending); });

@@ -8,7 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #ifdef _WIN32
 #include <fcntl.h>
@@ -49,7 +51,32 @@ int ReadModel(const std::string& name, VXGeom& geom)
     return status == 0 ? int(kDone) : Fail(kFailed, input.Name(), 0, "out of memory");
 }
 
+BString ShownName(const std::string& input) { return input == "-" ? BString("<stdin>") : BString(input); }
+
 // --- Writing
+
+// Names of material files are relative to the model's folder.
+static void MoveMaterialFiles(GEOM& record, const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    std::error_code unknown;
+    const std::filesystem::path here = std::filesystem::weakly_canonical(from.parent_path() / ".", unknown),
+                                there = std::filesystem::weakly_canonical(to.parent_path() / ".", unknown);
+    if (unknown || here == there)
+        return;
+    for (BString& file : record.materialFiles)
+        if (const BPath name(file); !name.Std().is_absolute())
+            file = BString((here / name.Std()).lexically_normal().lexically_relative(there).generic_string());
+}
+
+int ModelOutput::Open(const std::string& input, VXGeom& geom, Stopwatch& watch) const
+{
+    if (const int code = ReadModel(input, geom); code != kDone)
+        return code;
+    if (input != "-" && name != "-")
+        MoveMaterialFiles(*geom.Geom(), BPath(BString(input)).Std(), BPath(BString(name)).Std());
+    watch.Tell("read " + ShownName(input));
+    return kDone;
+}
 
 void ModelOutput::AddTo(CLI::App& verb)
 {
@@ -98,6 +125,7 @@ int ModelOutput::WriteToStandardOutput(const GEOM& record) const
 
 int ModelOutput::Write(const VXGeom& geom, const BString& text, nlohmann::ordered_json facts) const
 {
+    std::error_code ignored;
     const bool toStdout = name == "-";
     if (toStdout)
     {
@@ -109,15 +137,17 @@ int ModelOutput::Write(const VXGeom& geom, const BString& text, nlohmann::ordere
              !problem.IsEmpty())
         return Fail(kFailed, BString(name), 0, problem);
 
+    // A device may be where standard output goes too, such as /dev/stdout.
+    const bool apart = !toStdout && std::filesystem::is_regular_file(BPath(BString(name)).Std(), ignored);
     if (json)
     {
         nlohmann::ordered_json line = {{"file", toStdout ? "<stdout>" : name}};
         line.update(facts);
         // A file's name is bytes; what is not UTF-8 is replaced rather than refused.
-        std::fprintf(toStdout ? stderr : stdout, "%s\n",
+        std::fprintf(apart ? stdout : stderr, "%s\n",
                      line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
     }
-    else if (!toStdout)
+    else if (apart)
         std::printf("%s: %s\n", name.c_str(), text.CString());
     return FinishStandardOutput();
 }

@@ -16,6 +16,8 @@ class VXGeom;
 namespace vx::cli
 {
 
+BString ShownName(const std::string& input); ///< for messages: the file's, or <stdin>
+
 /// Says on standard error what a reader left out.
 void WarnOfOddities(const BString& name, const GEOM_ReadReport& report);
 
@@ -30,9 +32,13 @@ struct ModelOutput
     bool json = false, verbose = false;
 
     void AddTo(CLI::App& verb);
+    /// Reads a model that is to be written, in parts or whole: names of material files that go by the model's folder
+    /// then go by the output's. Told as "read".
+    /// @return kDone, or the code of a failure that has been told
+    int Open(const std::string& input, VXGeom& geom, Stopwatch& watch) const;
     /// Writes the model whole or not at all, and then one line on standard output of what was done: "NAME: TEXT", or
-    /// `facts` led by the file's name. When the model itself goes there, the text is left out and the facts go to
-    /// standard error.
+    /// `facts` led by the file's name. When the model itself goes there, or to a device, the text is left out and the
+    /// facts go to standard error.
     /// @return kDone, or the code of a failure that has been told
     int Write(const VXGeom& geom, const BString& text, nlohmann::ordered_json facts) const;
 

@@ -1,5 +1,6 @@
 // VelmarBase: command line.
 #include "Cli.h"
+#include "ModelFile.h"
 #include "Subdivision.h"
 
 #include "base/BFile.h"
@@ -156,13 +157,23 @@ void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char
     verb.add_option_function<std::string>(name, append, purpose)->trigger_on_parse()->type_name("GROUP");
 }
 
+// What cannot be shown together, whatever the models.
+BString UsageProblem(const PreviewOptions& picture)
+{
+    const bool marks = !picture.highlights.empty();
+    if (marks && picture.subdivision > 0 && picture.ownScheme)
+        return BString("polygons made by ") + kOwnScheme + " are in no groups, expected --scheme " + kOpenSubdiv +
+               " to highlight some";
+    const bool data = picture.mode == DrawMode::Depth || picture.mode == DrawMode::Normals;
+    if (data && (marks || picture.vectors != VectorKind::Off))
+        return "--highlight and --show draw over what the mode shows as data, expected another --mode";
+    return {};
+}
+
 // Empty when each group that is to be shown is in some model.
 BString HighlightProblem(Preview& preview, const PreviewOptions& picture)
 {
     const std::vector<Highlight>& highlights = picture.highlights;
-    if (!highlights.empty() && picture.subdivision > 0 && picture.ownScheme)
-        return BString("polygons made by ") + kOwnScheme + " are in no groups, expected --scheme " + kOpenSubdiv +
-               " to highlight some";
     std::vector<std::string> names;
     for (std::int64_t i = 0; i < preview.Scene().NumObjects(); ++i)
         if (const VXObject* const object = preview.Scene().Object(int(i)); object && object->Geom())
@@ -269,7 +280,12 @@ int RunPreview(PreviewArguments& arguments)
     ReadTexts(arguments);
     if (arguments.inputs.empty())
         arguments.inputs.push_back(BundledSample().FullPath().Std());
-    if (const BString problem = OutputProblem(arguments.output, arguments.inputs); !problem.IsEmpty())
+    if (const BString problem = UsageProblem(arguments.picture); !problem.IsEmpty())
+        return Fail(kWrongUsage, "", 0, problem + ", see 'velmar preview --help'");
+    std::vector<std::string> read = arguments.inputs;
+    if (!arguments.texture.empty())
+        read.push_back(arguments.texture);
+    if (const BString problem = OutputProblem(arguments.output, read); !problem.IsEmpty())
         return Fail(kFailed, BString(arguments.output), 0, problem);
 
     Stopwatch watch(arguments.verbose);
@@ -309,7 +325,7 @@ int RunPreview(PreviewArguments& arguments)
     watch.Tell(BString("written ") + (toStdout ? "to standard output" : arguments.output.c_str()));
     if (!toStdout)
         std::printf("%s\n", arguments.output.c_str());
-    return kDone;
+    return FinishStandardOutput();
 }
 
 } // namespace

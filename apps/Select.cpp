@@ -147,6 +147,8 @@ public:
 
 private:
     int RunStep(const Step& step);
+    void Repeat(const Growth& growth, int times);
+    std::int64_t NumHeld() const { return mOnVertices ? mVerts.NumSet() : PolysOf(mHeld).NumSet(); }
     bool Finish(); ///< puts the results into the groups that they are for; false when memory ran out
     int StartFromGroup(const std::string& group);
     int StartFromRuns(const std::string& text);
@@ -284,9 +286,20 @@ int Selection::RunStep(const Step& step)
     else if (step.option == "save")
         Save(step.value);
     for (const Growth& growth : kGrowths)
-        for (int i = 0; step.option == growth.option && i < ReadCount(step.value); ++i)
-            mOnVertices ? (mGeom.*growth.verts)(mVerts) : (mGeom.*growth.polys)(mHeld.c_str());
+        if (step.option == growth.option)
+            Repeat(growth, ReadCount(step.value));
     return kDone;
+}
+
+// A step only adds, or only takes away: one that leaves the number as it is has nothing more to do.
+void Selection::Repeat(const Growth& growth, int times)
+{
+    std::int64_t before = -1;
+    for (int i = 0; i < times && before != NumHeld(); ++i)
+    {
+        before = NumHeld();
+        mOnVertices ? (mGeom.*growth.verts)(mVerts) : (mGeom.*growth.polys)(mHeld.c_str());
+    }
 }
 
 int Selection::Run(const std::vector<Step>& steps)
@@ -372,11 +385,10 @@ int RunSelect(const SelectArguments& arguments)
 
     Stopwatch watch(output.verbose);
     VXGeom geom;
-    if (const int code = ReadModel(arguments.input, geom); code != kDone)
+    if (const int code = output.Open(arguments.input, geom, watch); code != kDone)
         return code;
-    watch.Tell("read " + BString(arguments.input));
 
-    Selection selection(geom, BString(arguments.input == "-" ? "<stdin>" : arguments.input));
+    Selection selection(geom, ShownName(arguments.input));
     if (const int code = selection.Run(arguments.steps); code != kDone)
         return code;
     watch.Tell("selected");
@@ -410,13 +422,11 @@ void AddSelectVerb(CLI::App& app, int& exitCode)
     arguments->output.AddTo(*verb);
 
     AddStep(*verb, steps, "group", "Start from the polygons of a group, one just saved included")->type_name("NAME");
-    AddStep(*verb, steps, "polygons", "Start from polygons by their number in the file, from 1: 3,7,10-19")
+    AddStep(*verb, steps, "polygons", "Start from polygons by their number as read, from 1: 3,7,10-19")
         ->type_name("NUMBERS")
         ->check(CLI::Validator(CheckRuns, ""));
     AddStep(*verb, steps, "all", "Start from all polygons")->expected(0)->type_name("");
-    AddStep(*verb, steps, "vertices", "Go on with the vertices of the selected polygons; hidden ones give none")
-        ->expected(0)
-        ->type_name("");
+    AddStep(*verb, steps, "vertices", "Go on with the vertices of the selected polygons")->expected(0)->type_name("");
     for (const Growth& growth : kGrowths)
         AddStep(*verb, steps, growth.option, growth.purpose)
             ->type_name("[TIMES]")

@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string>
 
@@ -111,12 +110,12 @@ bool DropUnusedTexVerts(GEOM& record)
 }
 
 /// The faces of a model as they are to be subdivided. Null after a failure that has been told, with its code.
-std::unique_ptr<VXGeom> ReadFaces(const std::string& input, int& code)
+std::unique_ptr<VXGeom> ReadFaces(const SubdivideArguments& arguments, Stopwatch& watch, int& code)
 {
     auto mesh = std::make_unique<VXGeom>();
-    if (code = ReadModel(input, *mesh); code != kDone)
+    if (code = arguments.output.Open(arguments.input, *mesh, watch); code != kDone)
         return nullptr;
-    const BString name = input == "-" ? BString("<stdin>") : BString(input);
+    const BString name = ShownName(arguments.input);
     const GEOM& record = *mesh->Geom();
     if (!HasElements(record, ElementPart::Faces))
         return code = Fail(kFailed, name, 0, "has no faces, expected some to subdivide"), nullptr;
@@ -143,11 +142,10 @@ int RunSubdivide(const SubdivideArguments& arguments)
 
     Stopwatch watch(output.verbose);
     int code = kDone;
-    std::unique_ptr<VXGeom> mesh = ReadFaces(arguments.input, code);
+    std::unique_ptr<VXGeom> mesh = ReadFaces(arguments, watch, code);
     if (!mesh)
         return code;
-    const BString name = arguments.input == "-" ? BString("<stdin>") : BString(arguments.input);
-    watch.Tell("read " + name);
+    const BString name = ShownName(arguments.input);
 
     const bool own = arguments.scheme == kOwnScheme;
     const int before = mesh->NumPolys();

@@ -53,7 +53,7 @@ BString SubdivisionProblem(const GEOM& record, int levels, bool ownScheme)
     for (std::int32_t i = 0; i < record.numPolys; ++i)
     {
         const ELEMENT& poly = *record.Poly(i);
-        mostCorners = std::max(mostCorners, poly.length);
+        mostCorners = std::max(mostCorners, std::int32_t(poly.length)); // a copy: packed fields have no address
         polygons += poly.length;
         for (std::int32_t k = 0; k < poly.length; ++k)
             ++faces[std::size_t(record.sets[poly.start + k])];

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vx::cli
 {
@@ -34,9 +35,29 @@ std::int64_t PolygonsInGroups(const GEOM& record)
     return count;
 }
 
+// A source without materials has none to give: those that are there stay.
+bool CopyByPolygon(const VXGeom& from, VXGeom& to)
+{
+    GEOM& record = *to.Geom();
+    if (from.NumGeomMaterials() > 0)
+        return to.CopyGroupsAndMaterials(&from) == 0;
+    const BArray<GEOM_Material> materials = record.materials;
+    const BArray<BString> files = record.materialFiles;
+    std::vector<std::uint16_t> used(std::size_t(record.numPolys));
+    for (std::int32_t i = 0; i < record.numPolys; ++i)
+        used[std::size_t(i)] = record.Poly(i)->material;
+    if (to.CopyGroupsAndMaterials(&from) != 0)
+        return false;
+    record.materials = materials;
+    record.materialFiles = files;
+    for (std::int32_t i = 0; i < record.numPolys; ++i)
+        record.Poly(i)->material = used[std::size_t(i)];
+    return true;
+}
+
 int Transfer(const TransferArguments& arguments, const VXGeom& from, VXGeom& to)
 {
-    const BString fromName(arguments.from), toName(arguments.to);
+    const BString fromName = ShownName(arguments.from), toName = ShownName(arguments.to);
     if (to.NumPolys() == 0)
         return Fail(kFailed, toName, 0, "has no polygons, expected some to put into groups");
     bool done;
@@ -48,7 +69,7 @@ int Transfer(const TransferArguments& arguments, const VXGeom& from, VXGeom& to)
                             fromName + " to go by polygon");
         if (from.Geom()->groupNames.IsEmpty() && from.NumGeomMaterials() == 0)
             return Fail(kFailed, fromName, 0, "has no named groups and no materials, expected some to transfer");
-        done = to.CopyGroupsAndMaterials(&from) == 0;
+        done = CopyByPolygon(from, to);
     }
     else
     {
@@ -70,11 +91,8 @@ int RunTransfer(const TransferArguments& arguments)
     Stopwatch watch(output.verbose);
     VXGeom from, to;
     for (const auto& [name, geom] : {std::pair(&arguments.from, &from), std::pair(&arguments.to, &to)})
-    {
-        if (const int code = ReadModel(*name, *geom); code != kDone)
+        if (const int code = output.Open(*name, *geom, watch); code != kDone)
             return code;
-        watch.Tell("read " + BString(*name));
-    }
     if (const int code = Transfer(arguments, from, to); code != kDone)
         return code;
     watch.Tell("transferred by " + BString(arguments.by));
@@ -108,7 +126,7 @@ void AddTransferGroupsVerb(CLI::App& app, int& exitCode)
         ->type_name("proximity|polygon")
         ->check(Choice("way to match polygons", {"proximity", "polygon"}))
         ->capture_default_str();
-    verb->footer("Groups that TO has already stay.");
+    verb->footer("Groups that TO has already stay; its materials do unless FROM has some and goes by polygon.");
     verb->callback([arguments, &exitCode] { exitCode = RunTransfer(*arguments); });
 }
 

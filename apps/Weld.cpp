@@ -32,15 +32,14 @@ int RunWeld(const WeldArguments& arguments)
 
     Stopwatch watch(output.verbose);
     VXGeom geom;
-    if (const int code = ReadModel(arguments.input, geom); code != kDone)
+    if (const int code = output.Open(arguments.input, geom, watch); code != kDone)
         return code;
-    watch.Tell("read " + BString(arguments.input));
 
     const int before = geom.NumVerts(false);
     geom.SetGeomChanged(false);
     geom.Weld(arguments.tolerance);
     if (!geom.GeomChanged())
-        return Fail(kFailed, BString(arguments.input), 0, "out of memory");
+        return Fail(kFailed, ShownName(arguments.input), 0, "out of memory");
     const int after = geom.NumVerts(false);
     watch.Tell(BString::Format("welded within %g", double(arguments.tolerance)));
 

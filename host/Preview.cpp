@@ -152,7 +152,10 @@ void Preview::ApplyGround(const PreviewOptions& options)
     VXObject* const ground = options.ground ? AddGround(*mScene, options.view.up) : nullptr;
     if (ground)
     {
-        VXMaterial* const material = mModels.MaterialNamed(*mScene, "Ground");
+        // A name that no file can hold: a model's own material may be called so too.
+        VXMaterial* const material = mModels.MaterialNamed(*mScene, "Ground\n");
+        if (!material)
+            return;
         material->KdColor().Set(0.80f, 0.80f, 0.79f, 1);
         material->SetTMax(1); // clear at its rim, so it is drawn with what is transparent
         ground->Geom()->SetMaterialPointer(0, material);

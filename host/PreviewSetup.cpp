@@ -78,17 +78,16 @@ Stand FitPerspective(std::span<const VERTEX> seen, double tx, double ty, double 
     for (int round = 0; round < 12; ++round)
     {
         Extent x, y;
-        double nearX = 0, nearY = 0;
+        double nearest = 0;
         for (const VERTEX& p : seen)
         {
             const double away = 1 / (stand.z - p.z);
             x.Add((p.x - stand.x) * away);
             y.Add((p.y - stand.y) * away);
-            nearX = std::max(nearX, away);
-            nearY = nearX;
+            nearest = std::max(nearest, away);
         }
-        stand.x += x.Middle() / std::max(nearX, 1e-30);
-        stand.y += y.Middle() / std::max(nearY, 1e-30);
+        stand.x += x.Middle() / std::max(nearest, 1e-30);
+        stand.y += y.Middle() / std::max(nearest, 1e-30);
         if (std::fabs(x.Middle()) < 1e-5 * tx && std::fabs(y.Middle()) < 1e-5 * ty)
             break;
     }

@@ -231,7 +231,9 @@ VXObject* ModelStore::AddMesh(VXScene& scene, VXGeom* mesh, const BString& name,
     }
     mMeshes.Append(held.release());
     VXObject* const object = new VXObject;
-    object->SetInternalName(BPath(name).BaseName().CString());
+    // The frame takes the object of one internal name for the ground.
+    const BString internal = BPath(name).BaseName();
+    object->SetInternalName(internal == "GROUND" ? "GROUND model" : internal.CString());
     object->SetExternalName(BPath(name).FileName().CString());
     object->SetGeom(mesh, false);
     object->SetCastsShadow(true);

@@ -137,6 +137,9 @@ TEST(BadOutput, IsFoundBeforeAnythingIsDrawn)
         maker.back() = "./good.obj";
         ExpectFailure(place, maker, 1, "velmar: \\./good\\.obj: is also an input, expected another name");
     }
+    place.Write("paint.png", "");
+    ExpectFailure(place, {"preview", "good.obj", "--texture", "paint.png", "-o", "paint.png"}, 1,
+                  "velmar: paint\\.png: is also an input, expected another name");
 }
 
 TEST(BadOutput, MayNotBeWritable)

@@ -224,6 +224,18 @@ TEST_F(Preview, ShowsAModelWithZUpLikeOneWithYUp)
     EXPECT_LT(Difference(*y, *z), 0.002);
 }
 
+TEST_F(Preview, TakesNoModelForItsGround)
+{
+    mPlace.Write("m.mtl", "newmtl Ground\nKd 0.8 0.1 0.1\n");
+    const std::string house = "mtllib m.mtl\nusemtl Ground\n" + kHouse;
+    mPlace.Write("house.obj", house);
+    mPlace.Write("GROUND.obj", house);
+    ASSERT_EQ(Run({"house.obj", "--ground", "--size", "64x64", "-o", "house.png"}).exitCode, 0);
+    ASSERT_EQ(Run({"GROUND.obj", "--ground", "--size", "64x64", "-o", "ground.png"}).exitCode, 0);
+    EXPECT_EQ(Difference(*Opened("house.png"), *Opened("ground.png")), 0);
+    EXPECT_GT(PixelsOf(*Opened("house.png"), kRed).size(), 200u) << "the house is opaque";
+}
+
 TEST_F(Preview, WarnsOfWhatIsMissingAndDraws)
 {
     struct Row

@@ -166,4 +166,15 @@ TEST_F(Select, OnlyGroupsThatAreThereCanBeHighlighted)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.err, "velmar: no model has a group 'hed', expected corner or rest\n");
     EXPECT_FALSE(mPlace.Has("out.png"));
+    const std::vector<std::vector<std::string>> together = {
+        {"--highlight", "corner", "--subdivide", "1", "--scheme", "catmull-clark"},
+        {"--highlight", "corner", "--mode", "depth"},
+        {"--show", "normals", "--mode", "normals"},
+    };
+    for (std::vector<std::string> arguments : together)
+    {
+        arguments.insert(arguments.begin(), {"preview", "square.obj", "-o", "out.png"});
+        EXPECT_EQ(mPlace.Run(VELMAR_PROGRAM, arguments).exitCode, 2) << arguments[5];
+        EXPECT_FALSE(mPlace.Has("out.png"));
+    }
 }

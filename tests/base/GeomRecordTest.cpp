@@ -353,7 +353,7 @@ TEST(GeomGroups, EveryFailureLeavesThemAsTheyWere)
             ASSERT_EQ(g->groupNames.Count(), named);
             ASSERT_EQ(g->numGroups, named > 0 ? 32 + named : 0);
             for (int poly = 0; poly < 3; ++poly)
-                ASSERT_EQ(g->Poly(poly)->start, 4 * poly);
+                ASSERT_EQ(std::int32_t(g->Poly(poly)->start), 4 * poly);
         }
 }
 

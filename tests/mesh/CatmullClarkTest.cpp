@@ -431,7 +431,7 @@ TEST(CatmullClark, CarriesMaterialsAndDerivesNormals)
     EXPECT_EQ(dest.MaterialPointer(1), &host);
     EXPECT_STREQ(dest.MaterialName(1), "red");
     for (int q = 0; q < 24; ++q)
-        EXPECT_EQ(dest.Polygon(q)->material, q / 4 == 2 ? 1 : 0);
+        EXPECT_EQ(int(dest.Polygon(q)->material), q / 4 == 2 ? 1 : 0);
     for (int v = 0; v < 26; ++v)
         EXPECT_GT(Dot(*dest.VertNormal(v), *dest.Vertex(v)), 0.9f) << v; // outwards
     EXPECT_EQ(dest.EdgeList().GetEdgeCount(), 48);

@@ -101,11 +101,11 @@ TEST(Groups, AreCopiedAsAddingOneByOneWould)
         to->SetCurrentPoly(59);
         ASSERT_EQ(to->CopyGroupsAndMaterials(from.get()), 0);
         EXPECT_TRUE(to->CurPolyIsFace()); // the cursor has followed the records, which became wider
-        EXPECT_EQ(to->CurPolyMaterialIndex(), source->Poly(59)->material);
+        EXPECT_EQ(to->CurPolyMaterialIndex(), int(source->Poly(59)->material));
         for (int p = 0; p < 60; ++p)
         {
             AddOneByOne(*source, p, *target, p);
-            EXPECT_EQ(to->Polygon(p)->material, source->Poly(p)->material);
+            EXPECT_EQ(int(to->Polygon(p)->material), int(source->Poly(p)->material));
         }
         ExpectSameGroups(*to->Geom(), *target);
         ASSERT_EQ(to->NumGeomMaterials(), 3);

@@ -361,8 +361,8 @@ TEST(OpenSubdiv, ChildrenInheritWhatTheirPolygonIs)
     for (int f = 0; f < fine.numPolys; ++f)
     {
         ELEMENT* const child = dest.Polygon(f);
-        EXPECT_EQ(child->start, 4 * f);
-        EXPECT_EQ(child->length, 4);
+        EXPECT_EQ(std::int32_t(child->start), 4 * f);
+        EXPECT_EQ(std::int32_t(child->length), 4);
         const std::size_t rest = std::size_t(fine.PolyStride()) - 8;
         EXPECT_EQ(std::memcmp(&child->flags, &record->Poly(f / 16)->flags, rest), 0) << f;
     }

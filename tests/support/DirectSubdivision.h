@@ -38,7 +38,7 @@ struct DirectSubdivision
         namespace Sdc = OpenSubdiv::Sdc;
         std::vector<int> lengths;
         for (int p = 0; p < control.numPolys; ++p)
-            lengths.push_back(control.Poly(p)->length);
+            lengths.push_back(int(control.Poly(p)->length));
         Far::TopologyDescriptor descriptor;
         descriptor.numVertices = control.numVerts;
         descriptor.numFaces = control.numPolys;
