@@ -168,7 +168,7 @@ TEST(SortedData, IsOrderedByTransparencyThenMaterialThenPolygon)
                 const Element& element = expected[std::size_t(at)];
                 EXPECT_EQ(bucket.polys[at], element.poly);
                 EXPECT_EQ(bucket.runs[run].TransparencyKey(), element.transparency);
-                EXPECT_EQ(bucket.runs[run].MaterialKey(), std::uint16_t(element.material));
+                EXPECT_EQ(bucket.runs[run].MaterialKey(), element.material);
             }
         }
         EXPECT_EQ(at, bucket.count) << "the runs cover the elements";
