@@ -2,6 +2,8 @@
 
 #include "mesh/kernel/NearestPoint.h"
 
+#include <bit>
+
 namespace vx
 {
 namespace
@@ -99,9 +101,53 @@ std::int32_t OtherEnd(const VXEdge& edge, std::int32_t vert)
 
 // --- Polygons
 
+// From this part of all polygons on, looking at the corners of all the others in a row is faster than following the
+// chains of edges, which lie all over memory.
+static constexpr std::int64_t kLargePart = 48;
+
+// Whether an edge of the polygon ends at its corner k: repetitions of one vertex have none among themselves.
+static bool HasEdgeAt(const ELEMENT& element, const std::int32_t* ring, std::int32_t length, std::int32_t k)
+{
+    const bool closed = element.IsFace();
+    const std::int32_t before = k > 0 ? k - 1 : closed ? length - 1 : 0;
+    const std::int32_t after = k + 1 < length ? k + 1 : closed ? 0 : length - 1;
+    return ring[before] != ring[k] || ring[after] != ring[k];
+}
+
+static bool GrowLargePart(const Walk& walk, BBitArray& changes)
+{
+    const PolyView polys = walk.mesh.polys;
+    BArray<std::uint8_t> marks; // vertices of selected polygons; there is one for any index below a power of two
+    const std::uint32_t numMarks = std::bit_ceil(std::uint32_t(walk.NumVerts()) + 1);
+    if (!marks.SetCount(numMarks))
+        return false;
+    std::uint8_t* const touched = marks.Data();
+    VisitSelected(walk.selected, polys.count,
+                  [&](std::int32_t p) { walk.VisitVerts(p, [&](std::int32_t v) { touched[v] = 1; }); });
+    for (std::int64_t p = 0; p < polys.count; ++p)
+    {
+        const ELEMENT& element = polys[p];
+        const std::int32_t length = polys.Length(element);
+        const std::int32_t* const ring = polys.sets + element.start;
+        // Most quads are of no interest, and can say so without a branch for each corner.
+        if (length == 4 && std::uint32_t(ring[0] | ring[1] | ring[2] | ring[3]) < numMarks &&
+            !(touched[ring[0]] | touched[ring[1]] | touched[ring[2]] | touched[ring[3]]))
+            continue;
+        for (std::int32_t k = 0; k < length && !walk.selected[p]; ++k)
+            if (std::uint32_t(ring[k]) < numMarks && touched[ring[k]] && HasEdgeAt(element, ring, length, k))
+            {
+                changes.Set(p);
+                break;
+            }
+    }
+    return true;
+}
+
 bool GrowPolys(const SelectionMesh& mesh, const BBitArray& selected, BBitArray& changes)
 {
     const Walk walk{mesh, selected};
+    if (selected.NumSet() * kLargePart > walk.NumPolys())
+        return Clear(changes, walk.NumPolys()) && GrowLargePart(walk, changes);
     const auto add = [&](std::int32_t poly)
     {
         if (walk.IsPoly(poly) && !selected[poly])
