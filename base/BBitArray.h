@@ -5,6 +5,7 @@
 #include "base/BArray.h"
 
 #include <cstdint>
+#include <utility>
 
 /// A growing set of bits. Reading beyond the end gives clear bits; setting beyond the end grows the array.
 class FENWICK_EXPORT BBitArray
@@ -12,6 +13,18 @@ class FENWICK_EXPORT BBitArray
 public:
     BBitArray() = default;
     explicit BBitArray(std::int64_t count) { SetCount(count); }
+    /// A copy for which memory ran out is empty. What was moved from is empty too.
+    BBitArray(const BBitArray& other) : mWords(other.mWords)
+    {
+        mCount = mWords.Count() == other.mWords.Count() ? other.mCount : 0;
+    }
+    BBitArray(BBitArray&& other) noexcept { Swap(other); }
+    BBitArray& operator=(BBitArray other) noexcept
+    {
+        Swap(other);
+        return *this;
+    }
+    ~BBitArray() = default;
 
     std::int64_t Count() const { return mCount; }
     bool SetCount(std::int64_t count); ///< new bits are clear; false when memory ran out (the array is then empty)
@@ -34,6 +47,11 @@ public:
     friend bool operator==(const BBitArray& a, const BBitArray& b); ///< same count, same bits
 
 private:
+    void Swap(BBitArray& other) noexcept
+    {
+        std::swap(mCount, other.mCount);
+        std::swap(mWords, other.mWords);
+    }
     bool GrowTo(std::int64_t i);
 
     std::int64_t mCount = 0;

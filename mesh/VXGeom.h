@@ -381,7 +381,7 @@ public:
     void VertexGroupShrinkSelectionEdgeLoop(BBitArray& verts) const; ///< a lone vertex stays
     void VertexGroupMirrorSelection(BBitArray& verts, E_MirrorDirection direction, std::int32_t flags) const;
     /// Selects the vertices of a group's polygons, hidden ones left out. @param verts out, NumVerts(false) bits
-    /// @return false, and no bit set, when the mesh or the group is missing
+    /// @return false, and no bit set, when the mesh, the group or memory is missing
     bool SetVertGroupFromPolyGroup(BBitArray& verts, const char* group) const;
 
     // --- Subdivision: VXGeomSubdivide.cpp (our own scheme), VXGeomOpenSubdiv.cpp (the adapter)

@@ -25,7 +25,7 @@ struct GroupBit
 std::optional<GroupBit> BitOf(const GEOM* geom, const char* group)
 {
     GroupBit bit;
-    if (!geom || !GEOM_GetGroupBit(geom, group, &bit.word, &bit.mask))
+    if (!geom || !GEOM_GetGroupBit(geom, group, &bit.word, &bit.mask) || bit.word >= geom->GroupWords())
         return std::nullopt;
     return bit;
 }
@@ -57,10 +57,23 @@ void ApplyStep(const VXGeom& geom, const char* group, vx::SelectionStep step, bo
         bit->Put(*geom.Polygon(int(p)), select);
 }
 
+// Gives an array with fewer bits those of the mesh's vertices; it would lose all that it has if it could not grow.
+// False, with nothing changed, when memory ran out.
+bool MakeRoom(const VXGeom& geom, BBitArray& verts)
+{
+    if (verts.Count() >= geom.NumVerts(false))
+        return true;
+    BBitArray grown = verts;
+    if (grown.Count() != verts.Count() || !grown.SetCount(geom.NumVerts(false)))
+        return false;
+    verts = std::move(grown);
+    return true;
+}
+
 void ApplyStep(const VXGeom& geom, BBitArray& verts, vx::SelectionStep step, bool select)
 {
     BBitArray changes;
-    if (!geom.Geom() || !step(MeshOf(geom), verts, changes))
+    if (!geom.Geom() || !step(MeshOf(geom), verts, changes) || !MakeRoom(geom, verts))
         return;
     for (std::int64_t v = changes.NextSet(0); v >= 0; v = changes.NextSet(v + 1))
         verts.Set(v, select);
@@ -137,6 +150,8 @@ void VXGeom::VertexGroupShrinkSelectionEdgeLoop(BBitArray& verts) const
 
 void VXGeom::VertexGroupMirrorSelection(BBitArray& verts, E_MirrorDirection direction, std::int32_t flags) const
 {
+    if (!MakeRoom(*this, verts))
+        return;
     ApplyMirror(
         {Verts(), std::size_t(Verts() ? NumVerts(false) : 0)}, direction, flags,
         [&](std::int32_t v) { return verts[v]; }, [&](std::int64_t v, bool in) { verts.Set(v, in); });
@@ -145,17 +160,18 @@ void VXGeom::VertexGroupMirrorSelection(BBitArray& verts, E_MirrorDirection dire
 bool VXGeom::SetVertGroupFromPolyGroup(BBitArray& verts, const char* group) const
 {
     verts.ClearAll();
-    verts.SetCount(NumVerts(false));
+    const std::int32_t numVerts = NumVerts(false);
     const std::optional<GroupBit> bit = BitOf(mGeom, group);
-    if (!bit)
+    if (!verts.SetCount(numVerts) || !bit)
         return false;
-    for (int p = 0; p < NumPolys(); ++p)
+    const vx::PolyView polys = vx::PolysOf(*mGeom);
+    for (std::int64_t p = 0; p < polys.count; ++p)
     {
-        const ELEMENT& poly = *mGeom->Poly(p);
-        if (!bit->IsIn(poly) || poly.IsHidden())
-            continue;
-        for (std::int32_t k = 0; k < poly.length; ++k)
-            verts.Set(mGeom->sets[poly.start + k]);
+        const ELEMENT& poly = polys[p];
+        const std::int32_t length = bit->IsIn(poly) && !poly.IsHidden() ? polys.Length(poly) : 0;
+        for (std::int32_t k = 0; k < length; ++k)
+            if (const std::int32_t v = polys.sets[poly.start + k]; v < numVerts)
+                verts.Set(v);
     }
     return true;
 }

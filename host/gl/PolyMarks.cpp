@@ -41,7 +41,8 @@ bool PolyMarks::UpdateVerts(const VXGeom& geom, const BBitArray& marked)
     {
         const ELEMENT& poly = *record.Poly(p);
         for (std::int32_t k = 0; !poly.IsHidden() && k < poly.length; ++k)
-            used.Set(record.sets[poly.start + k]);
+            if (const std::int32_t v = record.sets[poly.start + k]; v < record.numVerts)
+                used.Set(v);
     }
     for (std::int64_t v = used.NextSet(0); v >= 0; v = used.NextSet(v + 1))
         if (!verts.Append(std::int32_t(v)))
@@ -53,7 +54,7 @@ bool PolyMarks::UpdateVerts(const VXGeom& geom, const BBitArray& marked)
     for (std::int32_t e = 0; e < edges.GetEdgeCount(); ++e)
     {
         const std::int32_t a = edges.GetEdge(e).VertIndex1(), b = edges.GetEdge(e).VertIndex2();
-        if (!used[a] || !used[b])
+        if (!used[a] || !used[b] || std::max(a, b) >= record.numVerts)
             continue;
         sum += double(Length(record.verts[a] - record.verts[b]));
         ++count;

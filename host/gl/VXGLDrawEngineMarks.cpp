@@ -161,7 +161,7 @@ bool VXGLDrawEngine::ToolColorsWires() const
 
 void VXGLDrawEngine::DrawGroupToolObject(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXScene* scene)
 {
-    if (!mReady || !geom || !geom->Geom())
+    if (!mReady || !geom || !geom->Geom() || !GroupToolInfo())
         return;
     const VXAppToolInfo& tool = *GroupToolInfo();
     const VXMaterial* const mode = EffectiveMode(objectMode, sceneMode);

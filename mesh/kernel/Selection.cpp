@@ -106,12 +106,14 @@ std::int32_t OtherEnd(const VXEdge& edge, std::int32_t vert)
 static constexpr std::int64_t kLargePart = 48;
 
 // Whether an edge of the polygon ends at its corner k: repetitions of one vertex have none among themselves.
-static bool HasEdgeAt(const ELEMENT& element, const std::int32_t* ring, std::int32_t length, std::int32_t k)
+static bool HasEdgeAt(const ELEMENT& element, const std::int32_t* ring, std::int32_t length, std::int32_t k,
+                      std::uint32_t numVerts)
 {
     const bool closed = element.IsFace();
     const std::int32_t before = k > 0 ? k - 1 : closed ? length - 1 : 0;
     const std::int32_t after = k + 1 < length ? k + 1 : closed ? 0 : length - 1;
-    return ring[before] != ring[k] || ring[after] != ring[k];
+    const auto leadsTo = [&](std::int32_t v) { return v != ring[k] && std::uint32_t(v) < numVerts; };
+    return leadsTo(ring[before]) || leadsTo(ring[after]);
 }
 
 static bool GrowLargePart(const Walk& walk, BBitArray& changes)
@@ -134,7 +136,8 @@ static bool GrowLargePart(const Walk& walk, BBitArray& changes)
             !(touched[ring[0]] | touched[ring[1]] | touched[ring[2]] | touched[ring[3]]))
             continue;
         for (std::int32_t k = 0; k < length && !walk.selected[p]; ++k)
-            if (std::uint32_t(ring[k]) < numMarks && touched[ring[k]] && HasEdgeAt(element, ring, length, k))
+            if (std::uint32_t(ring[k]) < numMarks && touched[ring[k]] &&
+                HasEdgeAt(element, ring, length, k, std::uint32_t(walk.NumVerts())))
             {
                 changes.Set(p);
                 break;
@@ -146,7 +149,7 @@ static bool GrowLargePart(const Walk& walk, BBitArray& changes)
 bool GrowPolys(const SelectionMesh& mesh, const BBitArray& selected, BBitArray& changes)
 {
     const Walk walk{mesh, selected};
-    if (selected.NumSet() * kLargePart > walk.NumPolys())
+    if (selected.NumSet() * kLargePart > walk.NumPolys() && !mesh.edges.empty())
         return Clear(changes, walk.NumPolys()) && GrowLargePart(walk, changes);
     const auto add = [&](std::int32_t poly)
     {
@@ -367,7 +370,7 @@ bool ShrinkVertLoops(const SelectionMesh& mesh, const BBitArray& selected, BBitA
                                            [&](std::int32_t, const VXEdge& edge)
                                            {
                                                const std::int32_t next = OtherEnd(edge, v);
-                                               if (!selected[next])
+                                               if (next == v || !selected[next])
                                                    return true;
                                                several = only >= 0 && only != next;
                                                only = next;

@@ -10,7 +10,8 @@
 /// @file
 /// One step of growing or shrinking a selection of polygons or vertices. A step only reads the selection and says what
 /// is to change, so its result does not depend on the order in which the mesh has its elements. Time follows the
-/// selection and its surroundings, whatever the valences, apart from clearing one bit or number for each element.
+/// selection and its surroundings, whatever the valences, apart from clearing one bit for each element; where much is
+/// selected, growing reads every polygon's corners instead. The edges must be those of the polygons.
 
 namespace vx
 {
@@ -31,7 +32,7 @@ using SelectionStep = bool (*)(const SelectionMesh& mesh, const BBitArray& selec
 
 // --- Polygons
 
-/// All polygons that share a vertex with a selected one.
+/// All unselected polygons with an edge at a vertex of a selected one.
 bool GrowPolys(const SelectionMesh& mesh, const BBitArray& selected, BBitArray& changes);
 /// The selected polygons with a vertex at which some closed edge has an unselected polygon. The mesh's border takes
 /// nothing away.

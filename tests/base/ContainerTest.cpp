@@ -227,6 +227,23 @@ TEST(Map, TakesReferencesToItsOwnValues)
     EXPECT_EQ(*map.Find(199), "a text that is too long to be kept inside the string");
 }
 
+TEST(BitArray, CopiesAndMovesLeaveNothingHalfDone)
+{
+    BBitArray bits;
+    bits.Set(100);
+    MEM_FailAfter(1);
+    BBitArray copy = bits;
+    MEM_FailAfter(0);
+    EXPECT_EQ(copy.Count(), 0) << "there was no memory for it";
+    copy.Set(3);
+    EXPECT_TRUE(copy[3]);
+    const BBitArray moved = std::move(bits);
+    EXPECT_TRUE(moved[100]);
+    bits.ClearAll(); // what was moved from is empty, and of use
+    bits.Set(5);
+    EXPECT_EQ(bits.Count(), 6);
+}
+
 TEST(BitArray, BehavesAsAVectorOfBool)
 {
     std::mt19937 random(3);

@@ -1,3 +1,4 @@
+#include "base/MEM.h"
 #include "mesh/VXSelectionSet.h"
 #include "tests/support/EdgeMeshes.h"
 #include "tests/support/Models.h"
@@ -488,11 +489,39 @@ TEST(Selection, OddInputsChangeNothing)
     none.VertexGroupMirrorSelection(odd, kMirrorFromPlusX, 3);
     EXPECT_EQ(ElementsOf(odd).size(), 5u);
 
-    geom.EdgeList().Begin(0); // no edges: nothing to walk along
-    geom.EdgeList().End();
-    geom.PolyGroupGrowSelection(kGroup);
-    geom.PolyGroupShrinkSelection(kGroup);
-    EXPECT_EQ(GroupOf(geom), (Elements{2}));
+    for (const int numVerts : {0, 8}) // no edges: nothing to walk along
+    {
+        geom.EdgeList().Begin(numVerts);
+        geom.EdgeList().End();
+        geom.PolyGroupGrowSelection(kGroup);
+        geom.PolyGroupShrinkSelection(kGroup);
+        EXPECT_EQ(GroupOf(geom), (Elements{2}));
+    }
+}
+
+TEST(Selection, WithoutMemoryIsAsItWasOrAStepFurther)
+{
+    VXGeom geom(Grid(8, 8).Record().get());
+    const Elements start{QuadAt(8, 3, 3), QuadAt(8, 4, 3), 0};
+    for (const PolyStep& s : kPolySteps)
+        for (int n = 1; n < 8; ++n)
+        {
+            SetGroup(geom, start);
+            MEM_FailAfter(n);
+            (geom.*s.step)(kGroup);
+            MEM_FailAfter(0);
+            const Elements after = GroupOf(geom);
+            EXPECT_TRUE(after == start || after == (Plain{geom, start}.*s.rule)()) << s.name << n;
+        }
+    for (const VertStep& s : kVertSteps)
+        for (int n = 1; n < 8; ++n)
+        {
+            BBitArray bits = BitsOf(start); // shorter than the mesh
+            MEM_FailAfter(n);
+            (geom.*s.step)(bits);
+            MEM_FailAfter(0);
+            EXPECT_TRUE(ElementsOf(bits) == start || ElementsOf(bits) == (Plain{geom, start}.*s.rule)()) << s.name << n;
+        }
 }
 
 TEST(Selection, VerticesOfAGroupLeaveHiddenPolygonsOut)
