@@ -70,6 +70,8 @@ static void MoveMaterialFiles(GEOM& record, const std::filesystem::path& from, c
 
 int ModelOutput::Open(const std::string& input, VXGeom& geom, Stopwatch& watch) const
 {
+    if (const BString problem = OutputProblem(name, {input}); !problem.IsEmpty())
+        return Fail(kFailed, BString(name), 0, problem);
     if (const int code = ReadModel(input, geom); code != kDone)
         return code;
     if (input != "-" && name != "-")
@@ -88,6 +90,14 @@ void ModelOutput::AddTo(CLI::App& verb)
         ->check(OutputName("a model", {".obj", ".obj.gz"}));
     verb.add_flag("--json", json, "Tell in one line of JSON; on standard error when the model goes to standard output");
     verb.add_flag("-v,--verbose", verbose, "Say on standard error what is done");
+}
+
+void ModelOutput::AddTo(CLI::App& verb, std::string& input)
+{
+    verb.add_option("INPUT", input, "Wavefront OBJ file, plain or gzip; - is standard input")
+        ->required()
+        ->type_name("");
+    AddTo(verb);
 }
 
 static BString WriteRecord(const GEOM& record, const BPath& path, bool compressed)

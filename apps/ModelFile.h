@@ -32,8 +32,9 @@ struct ModelOutput
     bool json = false, verbose = false;
 
     void AddTo(CLI::App& verb);
-    /// Reads a model that is to be written, in parts or whole: names of material files that go by the model's folder
-    /// then go by the output's. Told as "read".
+    void AddTo(CLI::App& verb, std::string& input); ///< the same behind INPUT, for a verb with one model
+    /// Reads a model that is to be written, in parts or whole, unless there is no place for the output. Names of
+    /// material files that go by the model's folder then go by the output's. Told as "read".
     /// @return kDone, or the code of a failure that has been told
     int Open(const std::string& input, VXGeom& geom, Stopwatch& watch) const;
     /// Writes the model whole or not at all, and then one line on standard output of what was done: "NAME: TEXT", or

@@ -380,9 +380,6 @@ int RunSelect(const SelectArguments& arguments)
     const ModelOutput& output = arguments.output;
     if (const std::string problem = OrderProblem(arguments.steps); !problem.empty())
         return Fail(kWrongUsage, "", 0, BString(problem) + ", see 'velmar select --help'");
-    if (const BString problem = OutputProblem(output.name, {arguments.input}); !problem.IsEmpty())
-        return Fail(kFailed, BString(output.name), 0, problem);
-
     Stopwatch watch(output.verbose);
     VXGeom geom;
     if (const int code = output.Open(arguments.input, geom, watch); code != kDone)
@@ -416,10 +413,7 @@ void AddSelectVerb(CLI::App& app, int& exitCode)
     const auto arguments = std::make_shared<SelectArguments>();
     std::vector<Step>& steps = arguments->steps;
     CLI::App* const verb = AddVerb(app, "select", "Select polygons or vertices and keep them as named groups");
-    verb->add_option("INPUT", arguments->input, "Wavefront OBJ file, plain or gzip; - is standard input")
-        ->required()
-        ->type_name("");
-    arguments->output.AddTo(*verb);
+    arguments->output.AddTo(*verb, arguments->input);
 
     AddStep(*verb, steps, "group", "Start from the polygons of a group, one just saved included")->type_name("NAME");
     AddStep(*verb, steps, "polygons", "Start from polygons by their number as read, from 1: 3,7,10-19")

@@ -137,9 +137,6 @@ std::unique_ptr<VXGeom> ReadFaces(const SubdivideArguments& arguments, Stopwatch
 int RunSubdivide(const SubdivideArguments& arguments)
 {
     const ModelOutput& output = arguments.output;
-    if (const BString problem = OutputProblem(output.name, {arguments.input}); !problem.IsEmpty())
-        return Fail(kFailed, BString(output.name), 0, problem);
-
     Stopwatch watch(output.verbose);
     int code = kDone;
     std::unique_ptr<VXGeom> mesh = ReadFaces(arguments, watch, code);
@@ -170,10 +167,7 @@ void AddSubdivideVerb(CLI::App& app, int& exitCode)
 {
     const auto arguments = std::make_shared<SubdivideArguments>();
     CLI::App* const verb = AddVerb(app, "subdivide", "Refine a model towards the smooth surface that it controls");
-    verb->add_option("INPUT", arguments->input, "Wavefront OBJ file, plain or gzip; - is standard input")
-        ->required()
-        ->type_name("");
-    arguments->output.AddTo(*verb);
+    arguments->output.AddTo(*verb, arguments->input);
     AddWholeNumber(*verb, "--levels", arguments->levels, 1, kMostLevels,
                    "How many times: each level has four times the polygons of the one before");
     AddScheme(*verb, arguments->scheme);

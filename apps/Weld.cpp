@@ -27,9 +27,6 @@ struct WeldArguments
 int RunWeld(const WeldArguments& arguments)
 {
     const ModelOutput& output = arguments.output;
-    if (const BString problem = OutputProblem(output.name, {arguments.input}); !problem.IsEmpty())
-        return Fail(kFailed, BString(output.name), 0, problem);
-
     Stopwatch watch(output.verbose);
     VXGeom geom;
     if (const int code = output.Open(arguments.input, geom, watch); code != kDone)
@@ -53,10 +50,7 @@ void AddWeldVerb(CLI::App& app, int& exitCode)
 {
     const auto arguments = std::make_shared<WeldArguments>();
     CLI::App* const verb = AddVerb(app, "weld", "Merge vertices that lie in one place");
-    verb->add_option("INPUT", arguments->input, "Wavefront OBJ file, plain or gzip; - is standard input")
-        ->required()
-        ->type_name("");
-    arguments->output.AddTo(*verb);
+    arguments->output.AddTo(*verb, arguments->input);
     AddNumber(*verb, "--tolerance", arguments->tolerance, 0, kLargestTolerance,
               "Vertices at most this far apart, in the model's units, become the first of them; 0 merges equal "
               "positions alone")
