@@ -1,0 +1,86 @@
+// VelmarBase: reference host.
+#pragma once
+
+#include "VelmarHostExport.h"
+#include "base/BString.h"
+#include "host/tree/NodeTypes.h"
+#include "material/VXMaterialColor4.h"
+#include "shader/BShaderTree.h"
+
+#include <memory>
+#include <vector>
+
+namespace vx
+{
+class TreeNode;
+
+/// One input of a node: a plain value of its type, or the node that computes it.
+class VELMAR_HOST_EXPORT TreeInput : public BShaderInput
+{
+public:
+    explicit TreeInput(const InputType& type);
+
+    const InputType& Type() const { return *mType; }
+    BShaderNode* ConnectedNode() const override;
+    TreeNode* Node() const { return mNode; } ///< the same, typed
+    bool GetFloat(float& value) const override;
+    bool GetColor(VXMaterialColor4& color) const override;
+
+    const float* Values() const { return mValues; } ///< three: number, colour or vector
+    int Choice() const { return int(mValues[0]); }  ///< index of the chosen word
+    const BString& File() const { return mFile; }   ///< as it is to be opened; empty for none
+    void Set(float a, float b = 0, float c = 0);    ///< a plain value takes the connection's place
+    void SetFile(const BString& file) { mFile = file; }
+    void Connect(TreeNode* node) { mNode = node; } ///< null: back to the plain value
+
+private:
+    const InputType* mType;
+    TreeNode* mNode = nullptr;
+    float mValues[3];
+    BString mFile;
+};
+
+/// One node: its inputs in the order of its type's table.
+class VELMAR_HOST_EXPORT TreeNode : public BShaderNode
+{
+public:
+    TreeNode(const NodeType& type, const BString& name);
+
+    const NodeType& Type() const { return *mType; }
+    const BString& Name() const { return mName; } ///< by which texts refer to it; no part of what it computes
+    int Kind() const override;
+    BString TypeName() const override { return mType->name; }
+    BShaderInput* Input(const char* name) const override; ///< null when this type lacks it
+    TreeInput& At(int i) const { return *mInputs[std::size_t(i)]; }
+    TreeInput* Find(const char* name) const; ///< the same as Input, typed
+    int NumInputs() const { return int(mInputs.size()); }
+
+private:
+    const NodeType* mType;
+    BString mName;
+    std::vector<std::unique_ptr<TreeInput>> mInputs;
+};
+
+/// The node tree of one material layer: owns its nodes. A node may feed several inputs; cycles are not made by the
+/// readers and are refused by IsSound.
+class VELMAR_HOST_EXPORT ShaderTree : public BShaderTree
+{
+public:
+    /// One root serves all renderers; kRenderTypeNoShaders too.
+    BShaderNode* RootNode(BRenderEngines::E_Renderer renderer) const override;
+    TreeNode* Root() const { return mRoot; }
+    void SetRoot(TreeNode* root) { mRoot = root; }
+
+    TreeNode* AddNode(const char* type, const BString& name); ///< null for an unknown type
+    TreeNode* FindNode(const BString& name) const;
+    std::size_t NumNodes() const { return mNodes.size(); }
+    TreeNode* Node(std::size_t i) const { return mNodes[i].get(); }
+
+    /// @return empty; or which nodes form a cycle
+    BString CycleProblem() const;
+
+private:
+    std::vector<std::unique_ptr<TreeNode>> mNodes;
+    TreeNode* mRoot = nullptr;
+};
+} // namespace vx
