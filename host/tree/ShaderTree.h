@@ -22,14 +22,15 @@ public:
 
     const InputType& Type() const { return *mType; }
     BShaderNode* ConnectedNode() const override;
-    TreeNode* Node() const { return mNode; } ///< the same, typed
-    bool GetFloat(float& value) const override;
-    bool GetColor(VXMaterialColor4& color) const override;
+    TreeNode* Node() const { return mNode; }               ///< the same, typed
+    bool GetFloat(float& value) const override;            ///< of plain numbers, colours (luminance) and choices
+    bool GetColor(VXMaterialColor4& color) const override; ///< of plain colours and numbers (grey); brightness 1
 
     const float* Values() const { return mValues; } ///< three: number, colour or vector
     int Choice() const { return int(mValues[0]); }  ///< index of the chosen word
     const BString& File() const { return mFile; }   ///< as it is to be opened; empty for none
-    void Set(float a, float b = 0, float c = 0);    ///< a plain value takes the connection's place
+    bool IsStandard() const;                        ///< not connected, and the value is that of the type
+    void Set(float a, float b = 0, float c = 0);    ///< a plain value takes the connection's place; into the range
     void SetFile(const BString& file) { mFile = file; }
     void Connect(TreeNode* node) { mNode = node; } ///< null: back to the plain value
 
@@ -62,7 +63,7 @@ private:
 };
 
 /// The node tree of one material layer: owns its nodes. A node may feed several inputs; cycles are not made by the
-/// readers and are refused by IsSound.
+/// readers and are found by CycleProblem.
 class VELMAR_HOST_EXPORT ShaderTree : public BShaderTree
 {
 public:
@@ -76,7 +77,7 @@ public:
     std::size_t NumNodes() const { return mNodes.size(); }
     TreeNode* Node(std::size_t i) const { return mNodes[i].get(); }
 
-    /// @return empty; or which nodes form a cycle
+    /// @return empty; or which nodes form a cycle: "a -> b -> a". Linear in inputs; no recursion.
     BString CycleProblem() const;
 
 private:
