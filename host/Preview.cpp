@@ -132,6 +132,8 @@ void Preview::ApplyStyle(const PreviewOptions& options)
     draw.mHaberlinesDrawLast = true;
     const bool data = options.mode == DrawMode::Depth || options.mode == DrawMode::Normals;
     mScene->SetDrawDropShadows(options.shadows && !data);
+    mScene->SetDepthCueOn(options.depthCue);
+    mScene->SetDepthCueRange(0, 0); // that of the content
 
     // A preset marks every object changed, so it is set only when something about it is new.
     if (mStyled && options.mode == mApplied.mode && options.backFaces == mApplied.backFaces &&

@@ -36,6 +36,7 @@ struct PreviewOptions
     bool ground = false;                  ///< a plane under the model
     bool shadows = true;                  ///< a soft shadow on the ground, with or without the plane
     bool edgeLines = false;               ///< creases and borders drawn as lines over the surfaces
+    bool depthCue = false;                ///< what is far fades into the background
     VectorKind vectors = VectorKind::Off; ///< drawn as short lines over the surfaces
     std::vector<Highlight> highlights;    ///< groups shown on the surfaces that have them
     bool backFaces = true;                ///< shown, in a colour of their own; off: culled

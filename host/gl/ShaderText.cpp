@@ -23,6 +23,8 @@ layout(std140) uniform Frame
     vec4 uBackBottom;
     vec4 uTile;         // the part of the picture that is drawn: scale x y, offset x y, of 0..1
     vec4 uDepths;       // nearest and farthest depth of the content along the view
+    vec4 uCue;          // depth cue: where it begins, one over its length, 1 while it is on; w: 1 with a picture behind
+    vec4 uPicture;      // place in the background picture: scale x y, offset x y, of the place in the picture drawn
     Light uLights[8];
 };
 #ifdef FRAGMENT_STAGE
@@ -38,13 +40,39 @@ float Dither()
     return fract(52.9829189 * fract(dot(gl_FragCoord.xy, vec2(0.06711056, 0.00583715)))) - 0.5;
 }
 
+uniform sampler2D uBackPicture; // on a unit that no material uses
+
+// What is drawn behind everything, colour times alpha: a vertical gradient, and a picture over it.
 vec4 Background()
 {
-    float height = (gl_FragCoord.y / uViewport.y) * uTile.y + uTile.w;
-    float t = smoothstep(0.0, 1.0, height);
+    vec2 place = (gl_FragCoord.xy / uViewport.xy) * uTile.xy + uTile.zw;
+    float t = smoothstep(0.0, 1.0, place.y);
     vec4 color = mix(uBackBottom, uBackTop, t);
     float noise = uBackTop == uBackBottom ? 0.0 : Dither();
-    return vec4(color.rgb + noise / 255.0, color.a);
+    color.rgb += noise / 255.0;
+    if (uCue.w > 0.5)
+    {
+        vec2 at = place * uPicture.xy + uPicture.zw;
+        vec4 picture = textureLod(uBackPicture, at, 0.0);
+        bool inside = all(greaterThanEqual(at, vec2(0.0))) && all(lessThanEqual(at, vec2(1.0)));
+        picture *= inside ? 1.0 : 0.0;
+        color = picture + color * (1.0 - picture.a);
+    }
+    return color;
+}
+
+// Depth cue: how much of what lies so far along the view has faded into the background.
+float Cue(float away) { return uCue.z * clamp((away - uCue.x) * uCue.y, 0.0, 1.0); }
+
+// A colour as it is written, with its opacity, after that.
+vec4 Cued(vec4 color, float away)
+{
+    float t = Cue(away);
+    if (t == 0.0)
+        return color;
+    vec4 behind = Background();
+    vec3 to = behind.a > 0.0 ? behind.rgb / behind.a : color.rgb;
+    return vec4(mix(color.rgb, to, t), color.a * mix(1.0, behind.a, t));
 }
 #endif
 )";
@@ -204,9 +232,9 @@ void main()
 #elif defined(SHADE_MARK)
     if (texelFetch(uMarks, texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r).r == 0)
         discard;
-    oColor = uFill;
+    oColor = Cued(uFill, -vPosition.z);
 #elif defined(SHADE_FILL)
-    oColor = uFill.a < 0.0 ? Background() : uFill;
+    oColor = uFill.a < 0.0 ? Background() : Cued(uFill, -vPosition.z);
 #elif defined(SHADE_DEPTH)
     float depth = clamp((-vPosition.z - uDepths.x) / max(uDepths.y - uDepths.x, 1e-20), 0.0, 1.0);
     oColor = vec4(vec3(mix(1.0, 0.12, depth)), 1.0);
@@ -214,7 +242,7 @@ void main()
     oColor = vec4(0.5 + 0.5 * ShadingNormal(), 1.0);
 #elif defined(SHADE_GROUND)
     float away = length(vPosition - uGround.xyz) / uGround.w;
-    oColor = vec4(Encoded(uKd), 1.0 - smoothstep(0.25, 1.0, away));
+    oColor = Cued(vec4(Encoded(uKd), 1.0 - smoothstep(0.25, 1.0, away)), -vPosition.z);
 #else
     vec3 n = ShadingNormal();
     vec3 kd = gl_FrontFacing ? uKd : uBack;
@@ -242,6 +270,7 @@ void main()
 #endif
     oColor.a = 1.0;
 #endif
+    oColor = Cued(oColor, -vPosition.z);
 #endif
 }
 )";
@@ -264,6 +293,7 @@ uniform vec4 uFade;                // x: pixels below which short edges fade, y:
 noperspective out vec2 vAlong;     // device pixels from the first end, along and across
 flat out float vLength;
 out vec4 vColor;
+out float vAway;                   // along the view
 
 vec3 Fetch(samplerBuffer from, int i)
 {
@@ -290,6 +320,7 @@ void main()
         vAlong = vec2(0.0);
         vLength = 0.0;
         vColor = vec4(0.0);
+        vAway = 0.0;
         return;
     }
     if (nearA < 0.0)
@@ -312,6 +343,7 @@ void main()
     gl_Position = vec4(screen / half_ * clip.w, clip.z - uBias * clip.w, clip.w);
     vAlong = vec2((second ? len : 0.0) + past, side);
     vLength = len;
+    vAway = uViewport.w > 0.5 ? -(uModelView * vec4(second ? b : a, 1.0)).z : clip.w;
 
     vec4 color = uLineColor;
 #ifdef LIT
@@ -340,6 +372,7 @@ const char* const kLineFragment = R"(
 noperspective in vec2 vAlong;
 flat in float vLength;
 in vec4 vColor;
+in float vAway;
 out vec4 oColor;
 uniform float uWidth;
 
@@ -351,7 +384,7 @@ void main()
     coverage *= min(uWidth, 1.0);
     if (coverage * vColor.a < 0.002)
         discard;
-    oColor = vec4(vColor.rgb, vColor.a * coverage);
+    oColor = Cued(vec4(vColor.rgb, vColor.a * coverage), vAway);
 }
 )";
 
@@ -404,15 +437,18 @@ uniform mat4 uToClip;
 uniform vec4 uCorner; // of the map on the ground: world origin
 uniform vec4 uSideA, uSideB;
 out vec2 vUV;
+out float vAway;
 void main()
 {
     vUV = vec2(gl_VertexID & 1, gl_VertexID >> 1);
     gl_Position = uToClip * vec4(uCorner.xyz + uSideA.xyz * vUV.x + uSideB.xyz * vUV.y, 1.0);
+    vAway = uViewport.w > 0.5 ? (uProjection[3][2] - gl_Position.z) / uProjection[2][2] : gl_Position.w;
 }
 )";
 
 const char* const kShadowFragment = R"(
 in vec2 vUV;
+in float vAway;
 out vec4 oColor;
 uniform sampler2D uMap;
 uniform float uDensity; // of the darkest place
@@ -424,7 +460,7 @@ void main()
     // Nothing is left at the rim of the map, where a shadow of something tall would be cut off.
     vec2 rim = smoothstep(vec2(0.0), vec2(0.12), vUV) * smoothstep(vec2(0.0), vec2(0.12), 1.0 - vUV);
     float noise = fract(52.9829189 * fract(dot(gl_FragCoord.xy, vec2(0.06711056, 0.00583715)))) - 0.5;
-    float alpha = uDensity * min(dark, 1.0) * rim.x * rim.y;
+    float alpha = uDensity * min(dark, 1.0) * rim.x * rim.y * (1.0 - Cue(vAway));
     oColor = vec4(0.0, 0.0, 0.0, max(alpha + noise / 255.0, 0.0) * step(0.0005, alpha));
 }
 )";

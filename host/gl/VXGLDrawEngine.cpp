@@ -103,8 +103,9 @@ vx::Program* VXGLDrawEngine::Variant(std::uint32_t key, const char* name, const 
         {
             const char* sampler;
             int unit;
-        } kUnits[] = {{"uTexture", 0},  {"uMap", 0},         {"uPositions", 1},     {"uNormals", 2},
-                      {"uSegments", 3}, {"uPolyNormals", 4}, {"uTrianglePolys", 5}, {"uMarks", 6}};
+        } kUnits[] = {{"uTexture", 0},       {"uMap", 0},      {"uPositions", 1},
+                      {"uNormals", 2},       {"uSegments", 3}, {"uPolyNormals", 4},
+                      {"uTrianglePolys", 5}, {"uMarks", 6},    {"uBackPicture", kBackPictureUnit}};
         for (const auto& [sampler, unit] : kUnits)
             glUniform1i(slot->Uniform(sampler), unit); // -1, for one that is not used, is ignored
     }

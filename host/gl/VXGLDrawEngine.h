@@ -156,9 +156,13 @@ private:
     void VisitSurfaces(const std::function<void(VXObject&, Geometry&)>& step);
     void DropUnusedGeometries();
 
+    // VXGLDrawEngineDepths.cpp
+    void FindDepths(float depths[2]) const;
+    void FindBoxDepths(float depths[2]) const;
+    void FindDepthCue(float cue[4]) const;
+
     // VXGLDrawEngineState.cpp
     void FillFrameBlock();
-    void FindDepths(float depths[2]) const;
     int FillLights(Light* lights, int most);
     Placement PlacementOf(const VXObject& object) const;
     void SetDepthState(bool test, bool write);

@@ -82,29 +82,6 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
     return count;
 }
 
-// Nearest and farthest vertex along the view: a picture of depth uses all its shades for what is there.
-void VXGLDrawEngine::FindDepths(float depths[2]) const
-{
-    depths[0] = INFINITY;
-    depths[1] = -INFINITY;
-    for (std::int64_t i = 0; i < Scene()->NumObjects(); ++i)
-    {
-        const VXObject* const object = Scene()->Object(int(i));
-        if (!object || !object->Visible() || IsGround(object))
-            continue;
-        Mat44 toView;
-        MAT_Concat4x4(object->GetTransform(), Camera(), toView);
-        const VXGeom* const geom = object->CurSubdivGeom(true);
-        for (int v = 0; geom && v < geom->NumVerts(false); ++v)
-        {
-            const VERTEX p = *geom->Vertex(v);
-            const float away = -(p.x * toView[0][2] + p.y * toView[1][2] + p.z * toView[2][2] + toView[3][2]);
-            depths[0] = std::min(depths[0], away); // a NaN changes neither
-            depths[1] = std::max(depths[1], away);
-        }
-    }
-}
-
 void VXGLDrawEngine::FillFrameBlock()
 {
     FrameBlock block = {};
@@ -130,6 +107,7 @@ void VXGLDrawEngine::FillFrameBlock()
 
     if (Scene()->SceneMaterial()->GetFlagDepthOnly())
         FindDepths(block.depths);
+    FindDepthCue(block.cue);
     glBindBuffer(GL_UNIFORM_BUFFER, mFrameBuffer);
     glBufferSubData(GL_UNIFORM_BUFFER, 0, sizeof block, &block);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);
