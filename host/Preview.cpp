@@ -204,26 +204,31 @@ void Preview::TellOfFailures()
     mContext->watch.mFailed.Empty();
 }
 
-View Preview::FitToScene(const PreviewOptions& options)
+void Preview::GatherContent(const PreviewOptions& options, BArray<VERTEX>& points, BArray<VERTEX>& around)
 {
     VXScene::SetCurrentScene(mScene.get());
     Derive(options);
-    BArray<VERTEX> points, around;
     VisiblePoints(*mScene, points, options.cage);
+    around.Empty();
     VXBBox box;
     box.Extend(points.Data(), int(points.Count()));
-    if (box.Initialized() && (options.shadows || options.ground))
+    if (!box.Initialized() || !(options.shadows || options.ground))
+        return;
+    // The ground that is seen around the model: twice its size for a shadow, more for the plane.
+    const VERTEX size = box.Max() - box.Min(), middle = (box.Max() + box.Min()) * 0.5f;
+    const float reach = (options.ground ? 2.4f : 1.0f) * std::max({size.x, size.y, size.z});
+    for (int corner = 0; corner < 4; ++corner)
     {
-        // The ground that is seen around the model: twice its size for a shadow, more for the plane.
-        const VERTEX size = box.Max() - box.Min(), middle = (box.Max() + box.Min()) * 0.5f;
-        const float reach = (options.ground ? 2.4f : 1.0f) * std::max({size.x, size.y, size.z});
-        for (int corner = 0; corner < 4; ++corner)
-        {
-            const float a = corner & 1 ? reach : -reach, b = corner & 2 ? reach : -reach;
-            around.Append(options.view.up == UpAxis::Z ? VERTEX{middle.x + a, middle.y + b, box.Min().z}
-                                                       : VERTEX{middle.x + a, box.Min().y, middle.z + b});
-        }
+        const float a = corner & 1 ? reach : -reach, b = corner & 2 ? reach : -reach;
+        around.Append(options.view.up == UpAxis::Z ? VERTEX{middle.x + a, middle.y + b, box.Min().z}
+                                                   : VERTEX{middle.x + a, box.Min().y, middle.z + b});
     }
+}
+
+View Preview::FitToScene(const PreviewOptions& options)
+{
+    BArray<VERTEX> points, around;
+    GatherContent(options, points, around);
     const float aspect = float(std::max(options.width, 1)) / float(std::max(options.height, 1));
     return FitView({points.Data(), std::size_t(points.Count())}, {around.Data(), std::size_t(around.Count())}, aspect,
                    options.view);

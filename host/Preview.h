@@ -79,6 +79,9 @@ public:
     /// elsewhere.
     bool DrawFrame(const PreviewOptions& options, const View& view, float pixelScale = 1);
     View FitToScene(const PreviewOptions& options);
+    /// Derives the scene and gathers what a view has to enclose, in world space.
+    /// @param points what must be seen  @param around the ground, where some of it is
+    void GatherContent(const PreviewOptions& options, BArray<VERTEX>& points, BArray<VERTEX>& around);
 
     // --- Afterwards
     const BString& Error() const { return mError; } ///< of the last call, one line

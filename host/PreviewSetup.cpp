@@ -16,28 +16,22 @@ static constexpr float kRadians = 0.017453293f;
 
 VERTEX UpOf(UpAxis axis) { return axis == UpAxis::Z ? VERTEX{0, 0, 1} : VERTEX{0, 1, 0}; }
 
+// Made of the angles directly, so that there is no direction in which the axes are not known.
+ViewAxes::ViewAxes(float azimuth, float elevation, UpAxis axis)
+{
+    const float a = azimuth * kRadians, e = elevation * kRadians;
+    right = {std::cos(a), 0, -std::sin(a)};
+    back = {std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e)};
+    up = {-std::sin(a) * std::sin(e), std::cos(e), -std::cos(a) * std::sin(e)};
+    if (axis == UpAxis::Z)
+        for (VERTEX* const v : {&right, &up, &back})
+            *v = {v->x, -v->z, v->y};
+}
+
 // --- Fitting
 
 namespace
 {
-// The viewer's axes in world space. Made of the angles directly, so that straight from above is a view like any other.
-struct Axes
-{
-    VERTEX right, up, back;
-
-    Axes(float azimuth, float elevation, UpAxis axis)
-    {
-        const float a = azimuth * kRadians, e = elevation * kRadians;
-        right = {std::cos(a), 0, -std::sin(a)};
-        back = {std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e)};
-        up = {-std::sin(a) * std::sin(e), std::cos(e), -std::cos(a) * std::sin(e)};
-        if (axis == UpAxis::Z)
-            for (VERTEX* const v : {&right, &up, &back})
-                *v = {v->x, -v->z, v->y};
-    }
-    VERTEX Seen(const VERTEX& p) const { return {Dot(p, right), Dot(p, up), Dot(p, back)}; }
-};
-
 struct Extent
 {
     double low = INFINITY, high = -INFINITY;
@@ -95,7 +89,7 @@ Stand FitPerspective(std::span<const VERTEX> seen, double tx, double ty, double 
 }
 
 // Empty, too, when memory ran out: a view of the unit box is better than none.
-BArray<VERTEX> Seen(std::span<const VERTEX> points, const Axes& axes)
+BArray<VERTEX> Seen(std::span<const VERTEX> points, const ViewAxes& axes)
 {
     BArray<VERTEX> seen;
     if (!seen.Reserve(std::int64_t(points.size())))
@@ -105,11 +99,26 @@ BArray<VERTEX> Seen(std::span<const VERTEX> points, const Axes& axes)
             seen.Append(axes.Seen(p));
     return seen;
 }
+// World to view, for a camera that stands there along its own axes.
+void LookFrom(const Stand& stand, const ViewAxes& axes, View& view)
+{
+    const VERTEX columns[3] = {axes.right, axes.up, axes.back};
+    MAT_Identity(view.toView);
+    for (int c = 0; c < 3; ++c)
+    {
+        view.toView[0][c] = columns[c].x;
+        view.toView[1][c] = columns[c].y;
+        view.toView[2][c] = columns[c].z;
+    }
+    view.toView[3][0] = float(-stand.x);
+    view.toView[3][1] = float(-stand.y);
+    view.toView[3][2] = float(-stand.z);
+}
 } // namespace
 
 View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, float aspect, const ViewOptions& options)
 {
-    const Axes axes(options.azimuth, options.elevation, options.up);
+    const ViewAxes axes(options.azimuth, options.elevation, options.up);
     BArray<VERTEX> seen = Seen(points, axes);
     const bool nothing = seen.IsEmpty();
     for (int corner = 0; nothing && corner < 8; ++corner)
@@ -156,22 +165,44 @@ View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, flo
     const VERTEX middle = axes.right * float(stand.x) + axes.up * float(stand.y);
     view.target = middle + axes.back * float(z.Middle());
 
-    const VERTEX columns[3] = {axes.right, axes.up, axes.back};
-    MAT_Identity(view.toView);
-    for (int c = 0; c < 3; ++c)
-    {
-        view.toView[0][c] = columns[c].x;
-        view.toView[1][c] = columns[c].y;
-        view.toView[2][c] = columns[c].z;
-    }
-    view.toView[3][0] = float(-stand.x);
-    view.toView[3][1] = float(-stand.y);
-    view.toView[3][2] = float(-stand.z);
+    LookFrom(stand, axes, view);
     if (options.ortho)
         MAT_Ortho(view.projection, float(halfHeight * wide / zoom), view.halfHeight, view.nearest, view.farthest);
     else
         MAT_Perspective(view.projection, float(2 * std::atan(tangent / zoom)), float(wide), view.nearest,
                         view.farthest);
+    return view;
+}
+
+View ViewOf(const VERTEX& target, float halfHeight, std::span<const VERTEX> points, float aspect,
+            const ViewOptions& options)
+{
+    const ViewAxes axes(options.azimuth, options.elevation, options.up);
+    const VERTEX middle = axes.Seen(target);
+    const double wide = aspect > 0 && std::isfinite(aspect) ? double(aspect) : 1;
+    const double half = std::isfinite(halfHeight) && halfHeight > 1e-15f ? double(halfHeight) : 1;
+    const double tangent = std::tan(std::clamp(options.fov, 1.0f, 150.0f) * double(kRadians) / 2);
+    Extent depth;
+    depth.Add(middle.z);
+    for (const VERTEX& p : Seen(points, axes))
+        depth.Add(p.z);
+    const double size = std::max(depth.Size(), half), margin = 0.02 * size;
+
+    View view;
+    Stand stand{middle.x, middle.y, middle.z + half / tangent};
+    if (options.ortho)
+        stand.z = depth.high + 100 * size; // outside of everything, and as far away as for FitView
+    view.target = target;
+    view.distance = float(stand.z - middle.z);
+    view.halfHeight = float(half);
+    // From inside a model, or close to a small part of it, what is nearer than a fiftieth of the way is cut off.
+    view.nearest = float(std::max(stand.z - depth.high - margin, options.ortho ? size : 0.02 * half / tangent));
+    view.farthest = float(std::max(stand.z - depth.low + margin, double(view.nearest) * 1.01 + margin));
+    LookFrom(stand, axes, view);
+    if (options.ortho)
+        MAT_Ortho(view.projection, float(half * wide), view.halfHeight, view.nearest, view.farthest);
+    else
+        MAT_Perspective(view.projection, float(2 * std::atan(tangent)), float(wide), view.nearest, view.farthest);
     return view;
 }
 

@@ -44,6 +44,15 @@ struct View
 
 VELMAR_HOST_EXPORT VERTEX UpOf(UpAxis axis);
 
+/// The viewer's axes in world space, unit vectors. Straight from above is a direction like any other.
+struct VELMAR_HOST_EXPORT ViewAxes
+{
+    VERTEX right, up, back;
+
+    ViewAxes(float azimuth, float elevation, UpAxis axis); ///< degrees, as in ViewOptions
+    VERTEX Seen(const VERTEX& p) const { return {Dot(p, right), Dot(p, up), Dot(p, back)}; }
+};
+
 /// The view in which the points just fill the picture, centred. Points that are not finite are ignored; without any
 /// the unit box is framed. Exact for the points themselves, linear in their number.
 /// @param points   world space, what must be seen
@@ -51,6 +60,12 @@ VELMAR_HOST_EXPORT VERTEX UpOf(UpAxis axis);
 /// @param aspect   width / height of the picture
 VELMAR_HOST_EXPORT View FitView(std::span<const VERTEX> points, std::span<const VERTEX> around, float aspect,
                                 const ViewOptions& options);
+
+/// The view of a target from the direction that the options give; their zoom and fill do not count. For cameras that
+/// are moved by hand. The near and far planes enclose the points, as far as depth keeps its digits.
+/// @param halfHeight of the picture at the target; the distance from the target follows from it
+VELMAR_HOST_EXPORT View ViewOf(const VERTEX& target, float halfHeight, std::span<const VERTEX> points, float aspect,
+                               const ViewOptions& options);
 
 /// The corners of all faces, lines and points of the scene's visible objects, in world space. The ground is left out.
 /// @param cages with those of the control meshes of subdivided objects  @return false when memory ran out

@@ -94,18 +94,30 @@ static void DivideByAlpha(std::uint8_t* pixel)
         pixel[c] = alpha ? std::uint8_t(std::min(255u, (pixel[c] * 255u + alpha / 2) / alpha)) : std::uint8_t(0);
 }
 
+void Framebuffer::Average()
+{
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, mDrawBuffer);
+    if (!mReadBuffer)
+        return;
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mReadBuffer);
+    glBlitFramebuffer(0, 0, mWidth, mHeight, 0, 0, mWidth, mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, mReadBuffer);
+}
+
+void Framebuffer::CopyToWindow(int x, int y)
+{
+    Average();
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    glBlitFramebuffer(0, 0, mWidth, mHeight, x, y, x + mWidth, y + mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+}
+
 PicturePtr Framebuffer::ReadBack(bool keepAlpha)
 {
     PicturePtr picture(CPB_Offscreen::Create(mWidth, mHeight, 32, true, keepAlpha));
     if (!picture)
         return nullptr;
-    if (mReadBuffer)
-    {
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, mDrawBuffer);
-        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mReadBuffer);
-        glBlitFramebuffer(0, 0, mWidth, mHeight, 0, 0, mWidth, mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
-        glBindFramebuffer(GL_FRAMEBUFFER, mReadBuffer);
-    }
+    Average();
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(0, 0, mWidth, mHeight, GL_RGBA, GL_UNSIGNED_BYTE, picture->Pixels());
     glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);

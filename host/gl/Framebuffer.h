@@ -28,6 +28,9 @@ public:
     /// Averages the samples and reads the pixels, top row first. Null when memory ran out.
     /// @param keepAlpha true: colours are divided by alpha, as picture files want them; false: every pixel is opaque
     PicturePtr ReadBack(bool keepAlpha);
+    /// Copies the averaged pixels into the window's own framebuffer, which is bound for drawing afterwards.
+    /// @param x, y where the lower left corner goes, from that of the window
+    void CopyToWindow(int x, int y);
 
     int Width() const { return mWidth; }
     int Height() const { return mHeight; }
@@ -35,6 +38,7 @@ public:
     static int LargestSide();                ///< pixels that a target may have on a side
 
 private:
+    void Average(); // into the plain copy, which is bound for reading
     std::uint32_t mDrawBuffer = 0, mReadBuffer = 0;
     std::uint32_t mColour = 0, mDepth = 0, mResolved = 0;
     int mWidth = 0, mHeight = 0, mSamples = 0, mWishedSamples = 0;
