@@ -1,5 +1,6 @@
 // VelmarBase: command line.
 #include "Cli.h"
+#include "Groups.h"
 #include "ModelFile.h"
 #include "Subdivision.h"
 
@@ -17,7 +18,6 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -141,18 +141,11 @@ std::string CheckBackground(const std::string& text)
 
 // --- Highlights
 
-// One after the other, so that groups that are shown together can be told apart.
-const VXMaterialColor4 kHighlightColors[] = {{0.98f, 0.45f, 0.05f, 1}, {0.10f, 0.45f, 0.95f, 1},
-                                             {0.15f, 0.70f, 0.20f, 1}, {0.85f, 0.15f, 0.60f, 1},
-                                             {0.95f, 0.78f, 0.05f, 1}, {0.05f, 0.65f, 0.65f, 1}};
-
 void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char* name, bool vertices,
                   const char* purpose)
 {
-    const auto append = [&highlights, vertices](const std::string& group)
-    {
-        const VXMaterialColor4& color = kHighlightColors[highlights.size() % std::size(kHighlightColors)];
-        highlights.push_back({BString(group), color, vertices});
+    const auto append = [&highlights, vertices](const std::string& group) {
+        highlights.push_back({BString(group), HighlightColor(highlights.size()), vertices});
     };
     verb.add_option_function<std::string>(name, append, purpose)->trigger_on_parse()->type_name("GROUP");
 }
@@ -174,12 +167,7 @@ BString UsageProblem(const PreviewOptions& picture)
 BString HighlightProblem(Preview& preview, const PreviewOptions& picture)
 {
     const std::vector<Highlight>& highlights = picture.highlights;
-    std::vector<std::string> names;
-    for (std::int64_t i = 0; i < preview.Scene().NumObjects(); ++i)
-        if (const VXObject* const object = preview.Scene().Object(int(i)); object && object->Geom())
-            for (const BString& name : object->Geom()->Geom()->groupNames)
-                if (std::find(names.begin(), names.end(), name.Std()) == names.end())
-                    names.push_back(name.Std());
+    const std::vector<std::string> names = GroupNames(preview.Scene());
     for (const Highlight& highlight : highlights)
         if (std::find(names.begin(), names.end(), highlight.group.Std()) == names.end())
             return BString("no model has a group '") + highlight.group + "', " + BString(GroupsThereAre(names));

@@ -1,4 +1,5 @@
 // VelmarBase: command line.
+#include "Groups.h"
 #include "ModelFile.h"
 
 #include "base/BBitArray.h"
@@ -155,7 +156,6 @@ private:
     void Mirror(const std::string& side, std::int32_t flags);
     void Save(const std::string& group);
     void Select(const BBitArray& polys);
-    void Put(const std::string& group, const BBitArray& polys);
     BBitArray PolysOf(const std::string& group) const;
     BBitArray PolysOfVerts() const;
     BString GroupsToChoose() const;
@@ -180,16 +180,7 @@ BString Selection::GroupsToChoose() const
     return BString(GroupsThereAre(std::move(names)));
 }
 
-BBitArray Selection::PolysOf(const std::string& group) const
-{
-    BBitArray polys(mGeom.NumPolys());
-    std::int32_t word = 0;
-    std::uint32_t mask = 0;
-    if (GEOM_GetGroupBit(mGeom.Geom(), group.c_str(), &word, &mask))
-        for (int p = 0; p < mGeom.NumPolys(); ++p)
-            polys.Set(p, (mGeom.Polygon(p)->GroupWord(word) & mask) != 0);
-    return polys;
-}
+BBitArray Selection::PolysOf(const std::string& group) const { return PolysOfGroup(mGeom, group.c_str()); }
 
 // A polygon belongs to vertices when all its corners do.
 BBitArray Selection::PolysOfVerts() const
@@ -206,18 +197,9 @@ BBitArray Selection::PolysOfVerts() const
     return polys;
 }
 
-// Makes a group hold just these.
-void Selection::Put(const std::string& group, const BBitArray& polys)
-{
-    BBitArray all(mGeom.NumPolys());
-    all.SetAll(true);
-    mGeom.PolyGroupAddOrRemoveWithBitArray(group.c_str(), true, all);
-    mGeom.PolyGroupAddOrRemoveWithBitArray(group.c_str(), false, polys);
-}
-
 void Selection::Select(const BBitArray& polys)
 {
-    Put(mHeld, polys);
+    SetPolysOfGroup(mGeom, mHeld.c_str(), polys);
     mOnVertices = false;
 }
 
@@ -304,9 +286,8 @@ void Selection::Repeat(const Growth& growth, int times)
 
 int Selection::Run(const std::vector<Step>& steps)
 {
-    for (mHeld = "selection"; GEOM_GetGroupBit(mGeom.Geom(), mHeld.c_str(), nullptr, nullptr);)
-        mHeld += '_';
-    if (GEOM_GroupAddElem(mGeom.Geom(), mHeld.c_str(), -1) != 0)
+    mHeld = AddFreshGroup({&mGeom});
+    if (mHeld.empty())
         return FailMemory();
     for (const Step& step : steps)
         if (const int code = RunStep(step); code != kDone)
@@ -323,7 +304,7 @@ bool Selection::Finish()
     {
         if (GEOM_GroupAddElem(mGeom.Geom(), result.group.c_str(), -1) != 0)
             return false;
-        Put(result.group, result.polys);
+        SetPolysOfGroup(mGeom, result.group.c_str(), result.polys);
     }
     return true;
 }
