@@ -28,6 +28,12 @@ VXShaderEngine* VXSceneContext::ShaderEngine()
     return engine ? engine->ShaderEngine() : nullptr;
 }
 
+bool VXSceneContext::WantShader()
+{
+    const VXScene* const scene = VXScene::CurrentScene();
+    return scene && scene->DrawEngine() && scene->WantShader();
+}
+
 bool VXSceneContext::BackCullSuppressed()
 {
     const VXSceneDrawOptions* const options = DrawOptions();

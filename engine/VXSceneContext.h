@@ -22,7 +22,8 @@ VELMAR_EXPORT bool HasScene();
 VELMAR_EXPORT VXSceneDrawEngine* DrawEngine();
 VELMAR_EXPORT VXSceneDrawOptions* DrawOptions(); ///< of the scene's draw engine
 VELMAR_EXPORT VXShaderEngine* ShaderEngine();    ///< of the scene's draw engine
-VELMAR_EXPORT bool BackCullSuppressed();         ///< by the draw options; false without a draw engine
+VELMAR_EXPORT bool WantShader();         ///< the scene's style can be drawn with programs; false without a draw engine
+VELMAR_EXPORT bool BackCullSuppressed(); ///< by the draw options; false without a draw engine
 VELMAR_EXPORT VXSceneDelegate* Delegate();
 VELMAR_EXPORT int RenderType(); ///< CurrentPreviewRootRenderType of the scene; 1 without one
 VELMAR_EXPORT const VXMaterialColor4* BackgroundColor();

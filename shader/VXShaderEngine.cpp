@@ -1,7 +1,10 @@
 #include "shader/VXShaderEngine.h"
 
 #include "draw/VXSceneDrawEngine.h"
+#include "shader/VXShaderBinding.h"
 #include "shader/VXShaderCompiler.h"
+#include "shader/VXShaderDebug.h"
+#include "shader/VXShaderProgram.h"
 
 VXShaderEngine::~VXShaderEngine() = default;
 
@@ -19,8 +22,15 @@ void VXShaderEngine::DisableEngine()
         mIsActive = false;
 }
 
+void VXShaderEngine::WarnWhenNotEnabled(const char* what) const
+{
+    if (!Enabled() && mVerbose)
+        VXShaderDebug("%s without engine enabled...\n", what);
+}
+
 void VXShaderEngine::EnableShaders()
 {
+    WarnWhenNotEnabled("enabled");
     if (mShadersOn || !mCompiler)
         return;
     mShadersOn = true;
@@ -30,6 +40,7 @@ void VXShaderEngine::EnableShaders()
 
 void VXShaderEngine::DisableShaders()
 {
+    WarnWhenNotEnabled("Disabled");
     if (!mShadersOn || !mCompiler)
         return;
     mShadersOn = false;
@@ -106,3 +117,61 @@ BString VXShaderEngine::GetFragmentShaderSource(const BString& key) const
 {
     return mCompiler ? mCompiler->GetFragmentShaderSource(key) : BString();
 }
+
+// --- Textures
+
+// Ids are the platform's ints: a failed load and whatever else is not positive is not bound.
+static bool IsLoaded(const VXShaderBindingTexture& texture) { return std::int32_t(texture.TexID()) > 0; }
+
+static void LoadImage(VXSceneDrawEngine& drawEngine, VXShaderBindingTexture& texture)
+{
+    if (texture.TexID() != VXShaderBindingTexture::kNotLoaded || texture.FileName().IsEmpty())
+        return;
+    int id = 0;
+    drawEngine.LoadTextureForShader(texture.FileName(), id);
+    texture.SetTexID(id != 0 ? id : int(VXShaderBindingTexture::kFailed));
+}
+
+std::uint32_t VXShaderEngine::LoadNoise()
+{
+    if (mNoiseTexture == 0)
+        mNoiseTexture = std::uint32_t(mDrawEngine->CreateNoiseTexture());
+    return mNoiseTexture;
+}
+
+void VXShaderEngine::LoadShaderTextures(VXMaterial* /*material*/, VXShaderProgram* program)
+{
+    if (!program || !mDrawEngine)
+        return;
+    for (VXShaderBindingTexture* const texture : program->Textures())
+    {
+        if (texture->Type() == "sampler2D")
+            LoadImage(*mDrawEngine, *texture);
+        else if (texture->Type() == "sampler3D")
+            texture->SetTexID(int(LoadNoise()));
+        else
+            texture->SetTexID(int(VXShaderBindingTexture::kNotLoaded));
+    }
+}
+
+void VXShaderEngine::EnableShaderTextures(VXShaderProgram* program)
+{
+    if (!program || !mDrawEngine)
+        return;
+    const BArray<VXShaderBindingTexture*>& textures = program->Textures();
+    for (std::int64_t i = 0; i < textures.Count(); ++i)
+    {
+        const VXShaderBindingTexture& texture = *textures[i];
+        if (!IsLoaded(texture))
+            continue;
+        if (texture.Type() == "sampler3D")
+        {
+            mDrawEngine->DisableMultitexture2D();
+            mDrawEngine->EnableMultitexture3D(int(texture.TexID()), 1);
+        }
+        else // the second image shares unit 0 with the first: intended
+            mDrawEngine->EnableMultitexture2D(int(texture.TexID()), i == 1 ? 0 : int(i));
+    }
+}
+
+void VXShaderEngine::ClearShaderTextures(VXMaterial* /*material*/, VXShaderProgram* /*program*/) {}

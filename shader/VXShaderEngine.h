@@ -10,6 +10,7 @@
 class VXMaterial;
 class VXSceneDrawEngine;
 class VXShaderCompiler;
+class VXShaderProgram;
 
 /// The draw engine's front to the shader compiler: the switches that say whether generated shading may be used, is in
 /// use, and is bound, and forwarders that do nothing (or answer false or the empty text) while there is no compiler.
@@ -58,7 +59,21 @@ public:
     BString GetVertexShaderSource(const BString& key) const;
     BString GetFragmentShaderSource(const BString& key) const;
 
+    // --- Textures of a program, by the draw engine's texture hooks
+
+    /// Loads what is not loaded yet. An image that fails is marked so in its binding and never asked for again; every
+    /// 3D sampler gets the one noise volume, which the first of them has the draw engine make.
+    void LoadShaderTextures(VXMaterial* material, VXShaderProgram* program);
+    /// Binds what is loaded: the image at place i of the list to unit i, except that place 1 uses unit 0 too; the noise
+    /// volume to unit 1.
+    void EnableShaderTextures(VXShaderProgram* program);
+    void ClearShaderTextures(VXMaterial* material, VXShaderProgram* program); ///< nothing here: textures stay loaded
+    std::uint32_t NoiseTexture() const { return mNoiseTexture; }              ///< 0 before it was needed
+
 private:
+    void WarnWhenNotEnabled(const char* what) const;
+    std::uint32_t LoadNoise();
+
     VXShaderCompiler* mCompiler = nullptr;
     bool mAppEnabled = true;
     bool mIsActive = false;
@@ -66,5 +81,6 @@ private:
     std::int32_t mEnableCount = 0;
     std::int32_t mDisableCount = 0;
     VXSceneDrawEngine* mDrawEngine;
-    bool mVerbose = true;
+    std::uint32_t mNoiseTexture = 0;
+    bool mVerbose = true; ///< misuse is noted in the debug log
 };

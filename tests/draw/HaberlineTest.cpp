@@ -66,11 +66,11 @@ TEST(Haberlines, DrawEachLayerInFrontOfTheOneBefore)
     VXMaterial* const red = stage.Material("red");
     red->CreateNewLayer("a", "a");
     red->CreateNewLayer("b", "b");
-    RecordingCompiler::Install(stage.engine)->programs = {{red, 1}};
+    RecordingCompiler::Install(stage.engine)->GiveProgram(red, 1);
     stage.engine.options.mHaberlinesOn = true;
     stage.Add("cube", Cube(), {red});
     const Lines lines = stage.FrameOf({"DrawHaberlineSets", "SetPolygonOffset", "GetCullFace", "SetCullFace",
-                                       "SetNormalArray", "DisableShader", "DrawHaberlines"});
+                                       "SetNormalArray", "StopBeingCurrent", "DrawHaberlines"});
     const Lines expected = {
         "SetNormalArray 24", // of the polygons
         "DrawHaberlines cube",
@@ -84,7 +84,7 @@ TEST(Haberlines, DrawEachLayerInFrontOfTheOneBefore)
         "SetNormalArray 24",
         "DrawHaberlineSets red 6 of 4",
         "SetNormalArray 24",
-        "DisableShader red 1",
+        "StopBeingCurrent red 1",
         "SetPolygonOffset on 1 -2000",
         "SetCullFace on off",
         "SetNormalArray 24",

@@ -215,19 +215,18 @@ TEST(ScenePolys, DrawALayerOnlyWithItsShader)
     skin->CreateNewLayer("Sweat", "Sweat");
     stage.Add("cube", Cube(), {skin});
     RecordingCompiler* const compiler = RecordingCompiler::Install(stage.engine);
-    compiler->programs = {{skin, 0}, {skin, 2}};
+    compiler->GiveProgram(skin, 0);
+    compiler->GiveProgram(skin, 2);
     stage.engine.options.mHWShading = true;
-    const auto drawn = [&]
-    {
-        return stage.FrameOf({"BindMaterial", "EnableShader", "DrawElements", "DisableShader", "SetPolygonOffset",
-                              "BeginShading", "EndShading"});
+    const auto drawn = [&] {
+        return stage.FrameOf({"BindMaterial", "MakeCurrent", "DrawElements", "StopBeingCurrent", "SetPolygonOffset"});
     };
     EXPECT_EQ(drawn(), (Lines{"BindMaterial skin", "DrawElements quads 0 6 skin"})) << "shading is not allowed";
     stage.engine.SetHWShadingAllowed(true);
-    EXPECT_EQ(drawn(), (Lines{"BindMaterial skin", "BeginShading", "EnableShader skin 0", "DrawElements quads 0 6 skin",
-                              "DisableShader skin 0", "SetPolygonOffset on 0 -2", "EnableShader skin 2",
-                              "DrawElements quads 0 6 skin layer 2", "DisableShader skin 2", "SetPolygonOffset off 0 0",
-                              "EndShading"}));
+    EXPECT_EQ(drawn(),
+              (Lines{"BindMaterial skin", "MakeCurrent skin 0", "DrawElements quads 0 6 skin",
+                     "StopBeingCurrent skin 0", "SetPolygonOffset on 0 -2", "MakeCurrent skin 2",
+                     "DrawElements quads 0 6 skin layer 2", "StopBeingCurrent skin 2", "SetPolygonOffset off 0 0"}));
     EXPECT_EQ(VXShaderCompiler::NumActivations(), 2);
     EXPECT_FALSE(stage.engine.ShaderEngine()->IsActive());
 }
@@ -237,7 +236,7 @@ TEST(DrawEngine, WantsAShaderInSmoothFilledStylesOnly)
     Stage stage;
     VXMaterial* const red = stage.Material("red");
     RecordingCompiler* const compiler = RecordingCompiler::Install(stage.engine);
-    compiler->programs = {{red, 0}};
+    compiler->GiveProgram(red, 0);
     stage.engine.SetScene(&stage.scene);
     VXMaterial mode(0, nullptr);
     struct Row

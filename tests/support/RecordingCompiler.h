@@ -1,23 +1,46 @@
-// A shader compiler without shaders, which writes what it is asked into the log of a RecordingEngine.
+// A shader compiler whose generator makes empty programs, and which writes what it is asked into the log of a
+// RecordingEngine.
 #pragma once
 
 #include "material/VXMaterial.h"
 #include "shader/VXShaderCompiler.h"
 #include "shader/VXShaderEngine.h"
+#include "shader/VXShaderProgram.h"
+#include "tests/support/FakeShaderTree.h"
 #include "tests/support/RecordingEngine.h"
 
-#include <set>
 #include <string>
-#include <utility>
+
+/// Named after the material and layer that it was built for.
+class RecordingProgram : public VXShaderProgram
+{
+public:
+    RecordingProgram(RecordingEngine* log, const std::string& name) : mLog(log), mName(name)
+    {
+        SetVertexProgramSource("vertex " + name);
+        SetFragmentProgramSource("fragment " + name);
+    }
+    ~RecordingProgram() override { mLog->Log("DeleteProgram", mName); }
+    void MakeCurrent() override { mLog->Log("MakeCurrent", mName); }
+    void StopBeingCurrent() override { mLog->Log("StopBeingCurrent", mName); }
+
+private:
+    RecordingEngine* mLog;
+    std::string mName;
+};
 
 class RecordingCompiler : public VXShaderCompiler
 {
 public:
     RecordingCompiler(VXShaderEngine* engine, RecordingEngine* log) : VXShaderCompiler(engine, log), mLog(log) {}
-    ~RecordingCompiler() override { ++deaths; }
+    ~RecordingCompiler() override
+    {
+        ClearProgramCache(); // tests share the process, and so the cache
+        ++deaths;
+    }
 
-    std::set<std::pair<const VXMaterial*, std::int64_t>> programs; ///< what has a program
     static inline int deaths = 0;
+    BString failure; ///< when not empty: nothing can be built, and this is why
 
     /// A shader engine with a compiler of this kind, given to the draw engine that owns both from then on.
     static RecordingCompiler* Install(RecordingEngine& engine)
@@ -29,33 +52,33 @@ public:
         return compiler;
     }
 
-    void Init() override { Write("Init"); }
-    void BeginShading() override { Write("BeginShading"); }
-    void EndShading() override { Write("EndShading"); }
-    void PrepareForDrawScene() override { Write("PrepareForDrawScene"); }
-    void AddShader(VXMaterial* material, std::int64_t layer) override { programs.insert({material, layer}); }
-    bool HasShader(VXMaterial* material, std::int64_t layer) override { return programs.count({material, layer}) > 0; }
-    void EnableShader(VXMaterial* material, std::int64_t layer) override
+    /// A tree, a hash and a program for this layer, whoever needs it.
+    void GiveProgram(VXMaterial* material, std::int64_t layer)
     {
-        CountActivation();
-        Write("EnableShader", material, layer);
+        static FakeTree tree;
+        tree.GiveTo(*material, layer);
+        const std::string name = NameOf(material, layer);
+        material->Layer(layer)->SetTreeHash(name.c_str());
+        StoreProgram(name, new RecordingProgram(mLog, name));
     }
-    void DisableShader(VXMaterial* material, std::int64_t layer) override { Write("DisableShader", material, layer); }
-    void ClearShader(VXMaterial*) override { Write("ClearShader"); }
-    bool DeleteShader(const BString&) override { return true; }
-    void DeleteShaders() override { Write("DeleteShaders"); }
-    void UpdateShaders(BArray<VXMaterial*>& materials) override
+
+    void Init() override { mLog->Log("Init"); }
+    void BeginShading() override { mLog->Log("BeginShading"); }
+    void EndShading() override { mLog->Log("EndShading"); }
+    void PrepareForDrawScene() override { mLog->Log("PrepareForDrawScene"); }
+
+protected:
+    VXShaderProgram* BuildProgram(VXMaterial* material, std::int64_t layer) override
     {
-        mLog->Log("UpdateShaders", std::to_string(materials.Count()));
+        mLog->Log("BuildProgram", NameOf(material, layer));
+        SetErrors(failure);
+        return failure.IsEmpty() ? new RecordingProgram(mLog, NameOf(material, layer)) : nullptr;
     }
-    BString GetVertexShaderSource(const BString& key) override { return "vertex " + key; }
-    BString GetFragmentShaderSource(const BString& key) override { return "fragment " + key; }
 
 private:
-    void Write(const char* what) { mLog->Log(what); }
-    void Write(const char* what, const VXMaterial* material, std::int64_t layer)
+    static std::string NameOf(const VXMaterial* material, std::int64_t layer)
     {
-        mLog->Log(what, material->InternalName().Std() + " " + std::to_string(layer));
+        return material->InternalName().Std() + " " + std::to_string(layer);
     }
 
     RecordingEngine* mLog;

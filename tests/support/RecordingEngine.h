@@ -16,6 +16,8 @@ class RecordingEngine : public VXSceneDrawEngine
 public:
     using Lines = std::vector<std::string>;
 
+    ~RecordingEngine() override { DeleteShaderEngine(); } ///< whose programs log their end
+
     VXSceneDrawOptions options;
     int styledAnswer = 0;     ///< what DrawStyledScene answers
     bool drawsStyled = false; ///< DrawStyledScene draws the polygons in the pick pass
