@@ -21,4 +21,5 @@ struct VXGLDrawEngine::FrameBlock
     float cue[4];
     float picture[4];
     Light lights[kMostLights];
+    float image[3][16]; ///< vx::AddImageLight
 };

@@ -1,81 +1,13 @@
 #include "host/gl/ShaderText.h"
 
+#include "host/glsl/ShadingText.h"
+
 namespace vx::text
 {
-// What every program starts with. The C++ side of the block is FrameBlock.h.
-const char* const kCommon = R"(
-struct Light
+std::string Common()
 {
-    vec4 position;  // view space; w 0: the direction to a light far away
-    vec4 color;     // linear; w: 0 constant, 1 inverse square, 2 inverse linear
-    vec4 axis;      // view space, where a spot shines; w: cosine of its outer angle, -2 for no spot. Of a light far
-                    // away: halfway between it and a viewer far away
-    vec4 range;     // attenuation start and end, cosine of a spot's inner angle
-};
-layout(std140) uniform Frame
-{
-    mat4 uProjection;
-    vec4 uViewport;     // width, height, device pixels for one pixel of the picture, 1 for parallel projection
-    vec4 uUp;           // view space; w: number of lights
-    vec4 uSky;          // ambient light from above, linear
-    vec4 uFloor;        // ambient light from below, linear
-    vec4 uBackTop;      // background, as it is written; w: alpha
-    vec4 uBackBottom;
-    vec4 uTile;         // the part of the picture that is drawn: scale x y, offset x y, of 0..1
-    vec4 uDepths;       // nearest and farthest depth of the content along the view
-    vec4 uCue;          // depth cue: where it begins, one over its length, 1 while it is on; w: 1 with a picture behind
-    vec4 uPicture;      // place in the background picture: scale x y, offset x y, of the place in the picture drawn
-    Light uLights[8];
-};
-#ifdef FRAGMENT_STAGE
-vec3 Encoded(vec3 c)    // linear to sRGB
-{
-    c = clamp(c, 0.0, 1.0);
-    return mix(12.92 * c, 1.055 * pow(c, vec3(1.0 / 2.4)) - 0.055, step(vec3(0.0031308), c));
+    return std::string(kFrame) + "#ifdef FRAGMENT_STAGE" + kEncoded + kDither + kBackground + kCued + "#endif\n";
 }
-
-// Breaks up the steps of 8-bit gradients. J. Jimenez, Next Generation Post Processing in Call of Duty, 2014.
-float Dither()
-{
-    return fract(52.9829189 * fract(dot(gl_FragCoord.xy, vec2(0.06711056, 0.00583715)))) - 0.5;
-}
-
-uniform sampler2D uBackPicture; // on a unit that no material uses
-
-// What is drawn behind everything, colour times alpha: a vertical gradient, and a picture over it.
-vec4 Background()
-{
-    vec2 place = (gl_FragCoord.xy / uViewport.xy) * uTile.xy + uTile.zw;
-    float t = smoothstep(0.0, 1.0, place.y);
-    vec4 color = mix(uBackBottom, uBackTop, t);
-    float noise = uBackTop == uBackBottom ? 0.0 : Dither();
-    color.rgb += noise / 255.0;
-    if (uCue.w > 0.5)
-    {
-        vec2 at = place * uPicture.xy + uPicture.zw;
-        vec4 picture = textureLod(uBackPicture, at, 0.0);
-        bool inside = all(greaterThanEqual(at, vec2(0.0))) && all(lessThanEqual(at, vec2(1.0)));
-        picture *= inside ? 1.0 : 0.0;
-        color = picture + color * (1.0 - picture.a);
-    }
-    return color;
-}
-
-// Depth cue: how much of what lies so far along the view has faded into the background.
-float Cue(float away) { return uCue.z * clamp((away - uCue.x) * uCue.y, 0.0, 1.0); }
-
-// A colour as it is written, with its opacity, after that.
-vec4 Cued(vec4 color, float away)
-{
-    float t = Cue(away);
-    if (t == 0.0)
-        return color;
-    vec4 behind = Background();
-    vec3 to = behind.a > 0.0 ? behind.rgb / behind.a : color.rgb;
-    return vec4(mix(color.rgb, to, t), color.a * mix(1.0, behind.a, t));
-}
-#endif
-)";
 
 const char* const kSurfaceVertex = R"(
 layout(location = 0) in vec3 aPosition;
@@ -105,7 +37,7 @@ void main()
 }
 )";
 
-const char* const kSurfaceFragment = R"(
+static const char* const kSurfaceInputs = R"(
 in vec3 vPosition;
 in vec3 vNormal;
 in vec2 vUV;
@@ -126,101 +58,34 @@ uniform vec4 uTransparency;            // at the middle, at the rim, falloff; w:
 uniform vec4 uFill;                    // as it is written; w below 0: the background
 uniform int uTones;
 uniform vec4 uGround;                  // view-space centre, and radius at which the ground has faded
+)";
 
+static const char* const kShadingNormal = R"(
 vec3 ShadingNormal()
 {
 #ifdef FLAT
     int poly = texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r;
     vec3 n = vec3(texelFetch(uPolyNormals, 3 * poly).r, texelFetch(uPolyNormals, 3 * poly + 1).r,
                   texelFetch(uPolyNormals, 3 * poly + 2).r);
-    n = uNormalMatrix * n;
+    return Facing(uNormalMatrix * n);
 #else
-    vec3 n = vNormal;
+    return Facing(vNormal);
 #endif
-    // Polygons without area, and vertices that only such polygons use, have no normal of their own.
-    if (!(dot(n, n) > 1e-20))
-        n = cross(dFdx(vPosition), dFdy(vPosition)) * (gl_FrontFacing ? 1.0 : -1.0);
-    n = normalize(n);
-    return gl_FrontFacing ? n : -n;
 }
+)";
 
-vec3 ToViewer() { return uViewport.w > 0.5 ? vec3(0.0, 0.0, 1.0) : normalize(-vPosition); }
-
-// Direction to a light, and how much of it arrives here.
-vec3 ToLight(Light light, out float strength)
+// Where all lights are far away, as in the standard set, their number is known and little is to be computed.
+static const char* const kGatherFarLights = R"(
+void GatherLight(vec3 n, float exponent, out vec3 diffuse, out vec3 specular)
 {
-    strength = 1.0;
-    if (light.position.w == 0.0)
-        return normalize(light.position.xyz);
-    vec3 way = light.position.xyz - vPosition;
-    float distance = max(length(way), 1e-6);
-    vec3 direction = way / distance;
-    float start = max(light.range.x, 1e-6);
-    if (light.color.w > 1.5)
-        strength = min(start / distance, 1.0);
-    else if (light.color.w > 0.5)
-        strength = min(start * start / (distance * distance), 1.0);
-    else if (light.range.y > light.range.x)
-        strength = 1.0 - smoothstep(light.range.x, light.range.y, distance);
-    if (light.axis.w > -1.5)
-        strength *= smoothstep(light.axis.w, max(light.range.z, light.axis.w + 1e-4), dot(-direction, light.axis.xyz));
-    return direction;
-}
-
-// The factor keeps the reflected energy about the same whatever the exponent.
-float Shine(vec3 n, vec3 halfway) { return pow(max(dot(n, halfway), 0.0), uNs) * (uNs + 8.0) * 0.04; }
-
-vec3 Lit(vec3 n, vec3 kd)
-{
-    vec3 diffuse = mix(uFloor.rgb, uSky.rgb, 0.5 + 0.5 * dot(n, uUp.xyz));
-    vec3 specular = vec3(0.0);
-#ifdef FAR_LIGHTS
-    // All lights far away, as in the standard set: directions and, for a viewer far away too, halfway vectors are given.
+    diffuse = Ambient(n);
+    specular = vec3(0.0);
     for (int i = 0; i < FAR_LIGHTS; ++i)
-    {
-        vec3 arriving = uLights[i].color.rgb * max(dot(n, uLights[i].position.xyz), 0.0);
-        diffuse += arriving;
-        specular += arriving * Shine(n, uLights[i].axis.xyz);
-    }
-#else
-    vec3 viewer = ToViewer();
-    int count = int(uUp.w);
-    for (int i = 0; i < count; ++i)
-    {
-        float strength;
-        vec3 l = ToLight(uLights[i], strength);
-        vec3 arriving = uLights[i].color.rgb * (strength * max(dot(n, l), 0.0));
-        diffuse += arriving;
-        specular += arriving * Shine(n, normalize(l + viewer));
-    }
-#endif
-    // Bright places keep their drawing: above 0.7 light comes out less and less, and never reaches white.
-    vec3 light = kd * diffuse + uKs * specular;
-    return mix(light, 1.0 - 0.3 * exp((0.7 - light) / 0.3), step(0.7, light));
+        AddFarLight(uLights[i], n, exponent, diffuse, specular);
 }
+)";
 
-// Bands of equal tone with an edge of one pixel, whatever the size of the picture.
-vec3 Toned(vec3 n, vec3 kd)
-{
-    float strength;
-    float facing = uUp.w > 0.5 ? dot(n, ToLight(uLights[0], strength)) : dot(n, ToViewer());
-    float level = 0.5 + 0.5 * facing;
-    float edge = max(fwidth(level), 1e-5);
-    float tones = float(uTones);
-    float tone = 0.0;
-    for (int i = 1; i < uTones; ++i)
-        tone += clamp((level - (0.28 + 0.56 * float(i) / tones)) / edge + 0.5, 0.0, 1.0);
-    float share = uTones > 1 ? tone / (tones - 1.0) : 1.0;
-    return kd * mix(0.30, 1.12, share);
-}
-
-float Alpha(vec3 n, float texel)
-{
-    float rim = 1.0 - abs(dot(n, ToViewer()));
-    float clearness = mix(uTransparency.x, uTransparency.y, pow(rim, max(uTransparency.z, 0.0)));
-    return max((1.0 - clearness) * texel, uTransparency.w);
-}
-
+static const char* const kSurfaceMain = R"(
 void main()
 {
 #if defined(SHADE_HEIGHT)
@@ -256,13 +121,15 @@ void main()
     kd *= vColor;
 #endif
 #ifdef SHADE_TOON
-    vec3 color = Toned(n, kd);
+    vec3 color = Toned(n, kd, uTones);
 #else
-    vec3 color = Lit(n, kd);
+    vec3 diffuse, specular;
+    GatherLight(n, uNs, diffuse, specular);
+    vec3 color = Shoulder(kd * diffuse + uKs * specular);
 #endif
     oColor.rgb = Encoded(color) + Dither() / 255.0;
 #ifdef CLEAR
-    oColor.a = Alpha(n, texel);
+    oColor.a = Alpha(n, texel, uTransparency.x, uTransparency.y, uTransparency.z, uTransparency.w);
 #else
 #ifdef TEXTURE
     if (texel < 0.5)
@@ -274,6 +141,14 @@ void main()
 #endif
 }
 )";
+
+const std::string& SurfaceFragment()
+{
+    static const std::string text = std::string(kSurfaceInputs) + kFacing + kShadingNormal + kToViewer + kToLight +
+                                    kAddLight + kAmbient + "#ifdef FAR_LIGHTS" + kGatherFarLights + "#else" +
+                                    kGatherLight + "#endif" + kShoulder + kToned + kAlpha + kSurfaceMain;
+    return text;
+}
 
 // Each segment is four vertices, two at each end; its ends come from buffers that surfaces share. Corner k of segment e
 // has index 4 e + k.

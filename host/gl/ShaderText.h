@@ -1,20 +1,22 @@
 // VelmarBase: reference host.
 #pragma once
 
+#include <string>
+
 /// @file
 /// GLSL of the reference engine, for use inside host/gl alone. Matrices arrive as the library keeps them: row vectors
 /// in rows are, read column by column as GLSL does, column vectors in columns.
 
 namespace vx::text
 {
-extern const char* const kCommon; ///< before every other text: the uniform block of the frame, colour functions
+std::string Common(); ///< before every other text: the uniform block of the frame, colour functions
 
 // Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, CLEAR (transparency), FAR_LIGHTS (their
 // number, when all lights are far away), and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
 // SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND,
 // SHADE_MARK.
 extern const char* const kSurfaceVertex;
-extern const char* const kSurfaceFragment;
+const std::string& SurfaceFragment();
 
 // Lines and points as screen-space quads. Define POINTS for points, LIT for lines that take light.
 extern const char* const kLineVertex;

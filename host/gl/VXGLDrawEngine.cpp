@@ -94,7 +94,7 @@ vx::Program* VXGLDrawEngine::Variant(std::uint32_t key, const char* name, const 
     if (!slot)
     {
         slot = std::make_unique<vx::Program>();
-        const BString problem = slot->Build(name, defines + vx::text::kCommon, vertexText, fragmentText);
+        const BString problem = slot->Build(name, defines + vx::text::Common(), vertexText, fragmentText);
         if (!problem.IsEmpty())
             Fail(problem);
         glUseProgram(slot->Id());

@@ -164,6 +164,7 @@ private:
     // VXGLDrawEngineState.cpp
     void FillFrameBlock();
     int FillLights(Light* lights, int most);
+    bool FillImageLight(float forms[3][16]);
     Placement PlacementOf(const VXObject& object) const;
     void SetDepthState(bool test, bool write);
     void SetBlend(bool on);

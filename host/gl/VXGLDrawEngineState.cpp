@@ -4,6 +4,7 @@
 #include "host/LightRig.h"
 #include "host/gl/FrameBlock.h"
 #include "host/gl/ShaderText.h"
+#include "host/glsl/ImageLight.h"
 #include "mesh/VXGeom.h"
 
 #include <GL/glew.h>
@@ -43,11 +44,11 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
     for (std::int64_t i = 0; i < Scene()->NumLights() && count < most; ++i)
     {
         VXLight* const light = Scene()->Light(int(i));
-        if (!light || light->IsImageLight())
+        if (!light)
             continue;
         any = true;
         light->PrepareForDrawing();
-        if (light->On() && light->IncludeOGL())
+        if (light->On() && light->IncludeOGL() && !light->IsImageLight())
         {
             Light& out = lights[count++];
             const VXMaterialColor4& color = light->LightColor();
@@ -66,6 +67,11 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
                 out.axis[3] = std::cos(std::min(outer, 180.0f) * kRadians);
                 out.range[2] = std::cos(std::min(light->FalloffStart(), outer) * kRadians);
             }
+            if (light->IsAreaLight()) // a unit square that its transform has scaled
+            {
+                const Mat44& m = light->GetTransform();
+                out.range[3] = 0.25f * (Length({m[0][0], m[0][1], m[0][2]}) + Length({m[1][0], m[1][1], m[1][2]}));
+            }
         }
         light->EndDrawing();
     }
@@ -82,6 +88,27 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
     return count;
 }
 
+// What image lights add from all around, as the viewer sees it. @return false without any
+bool VXGLDrawEngine::FillImageLight(float forms[3][16])
+{
+    bool any = false;
+    for (std::int64_t i = 0; i < Scene()->NumLights(); ++i)
+    {
+        VXLight* const light = Scene()->Light(int(i));
+        if (!light || !light->IsImageLight() || !light->On() || !light->IncludeOGL())
+            continue;
+        any = true;
+        Mat44 toView;
+        MAT_Concat4x4(light->GetTransform(), Camera(), toView);
+        VERTEX axes[3];
+        for (int a = 0; a < 3; ++a)
+            axes[a] = Unit({toView[a][0], toView[a][1], toView[a][2]});
+        const VXMaterialColor4& color = light->LightColor();
+        vx::AddImageLight(light->IBLColors(), axes, {color.TotalRed(), color.TotalGreen(), color.TotalBlue()}, forms);
+    }
+    return any;
+}
+
 void VXGLDrawEngine::FillFrameBlock()
 {
     FrameBlock block = {};
@@ -96,7 +123,8 @@ void VXGLDrawEngine::FillFrameBlock()
         if (block.lights[i].position[3] != 0)
             mNumFarLights = 0;
     Put(block.up, Unit(Turned(mUp, Camera())), float(count));
-    Put(block.sky, {0.120f, 0.125f, 0.135f}, 1);
+    const bool images = FillImageLight(block.image);
+    Put(block.sky, {0.120f, 0.125f, 0.135f}, images ? 1.0f : 0.0f);
     Put(block.floor, {0.068f, 0.064f, 0.060f}, 1);
     const auto background = [&](float to[4], const VXMaterialColor4& c) {
         Put(to, VERTEX{c.TotalRed(), c.TotalGreen(), c.TotalBlue()} * mBackAlpha, mBackAlpha);

@@ -2,6 +2,7 @@
 #include "engine/VXScene.h"
 #include "host/gl/ShaderText.h"
 #include "host/gl/VXGLDrawEngine.h"
+#include "host/image/ColorSpace.h"
 #include "host/image/TextureTable.h"
 #include "mesh/VXGeom.h"
 
@@ -36,14 +37,9 @@ enum SurfaceBit : std::uint32_t
 constexpr const char* kShadeNames[] = {"SHADE_LIT",  "SHADE_TOON",   "SHADE_FILL",   "SHADE_DEPTH", "SHADE_NORMALS",
                                        "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK"};
 
-float Linear(float encoded)
-{
-    return encoded <= 0.04045f ? encoded / 12.92f : std::pow((encoded + 0.055f) / 1.055f, 2.4f);
-}
-
 VERTEX Linear(const VXMaterialColor4& c)
 {
-    return {Linear(c.TotalRed()), Linear(c.TotalGreen()), Linear(c.TotalBlue())};
+    return {vx::LinearOf(c.TotalRed()), vx::LinearOf(c.TotalGreen()), vx::LinearOf(c.TotalBlue())};
 }
 
 void BindBufferTexture(GLenum unit, const vx::GpuArray& array)
@@ -117,7 +113,7 @@ vx::Program* VXGLDrawEngine::SurfaceProgram(std::uint32_t variant)
         defines += "#define CLEAR\n";
     if (variant >> kFarLightsShift)
         defines += "#define FAR_LIGHTS " + std::to_string(variant >> kFarLightsShift) + "\n";
-    return Variant(variant, "surface", defines, vx::text::kSurfaceVertex, vx::text::kSurfaceFragment);
+    return Variant(variant, "surface", defines, vx::text::kSurfaceVertex, vx::text::SurfaceFragment().c_str());
 }
 
 // Picture of the host's table as a texture, uploaded when it is first drawn. 0 without one.

@@ -1,0 +1,13 @@
+// VelmarBase: reference host.
+#pragma once
+
+#include <cmath>
+
+namespace vx
+{
+/// sRGB to linear, of one component; above 1 the curve goes on.
+inline float LinearOf(float encoded)
+{
+    return encoded <= 0.04045f ? encoded / 12.92f : std::pow((encoded + 0.055f) / 1.055f, 2.4f);
+}
+} // namespace vx
