@@ -30,6 +30,11 @@ struct EDGELIST
 
 class BBitArray;
 struct VXSubdivCache;
+#ifdef VELMAR_WITH_TEXT
+class VXFTFace;
+typedef struct FT_LibraryRec_* FT_Library; // FreeType's own names for its handles
+typedef struct FT_GlyphSlotRec_* FT_GlyphSlot;
+#endif
 namespace vx
 {
 struct CreaseMesh;
@@ -414,6 +419,35 @@ public:
     const VXSortedBucket& Sorted(VXElementKind kind) const { return mSorted[int(kind)]; }
     void ClearSortedData();
 
+#ifdef VELMAR_WITH_TEXT
+    // --- Text: text/VXGeomText.cpp; FreeType itself: text/VXFTFace.cpp
+    // Meshes of triangles in the plane z = 0, counter-clockwise, smoothing off. 4608 font units become `size` mesh
+    // units, whatever the units per em.
+
+    /// Sets FreeType up and registers the fonts of the search folders; nothing when it is set up already. Done by the
+    /// builders themselves when nobody did it before.
+    static void SetupFreeType();
+    static void TearDownFreeType();                        ///< all faces go with it
+    static FT_Library* FTLibrary() { return smFTLibrary; } ///< null when FreeType is not set up
+
+    /// The mesh of one character, without normals or edges. No polygons for a glyph that is no outline or has no area,
+    /// a size that is 0 or not finite, and a face without outline sizes; what the font lacks is its missing glyph.
+    /// @param slot  out, may be null: the face's glyph slot, for advance and bearings; null when nothing could be built
+    void BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_GlyphSlot* slot, const char* material);
+    /// The mesh of a text with line breaks (CR, LF or both) and kerning, edges and normals included. Each glyph is
+    /// tessellated once, so a page costs little more than its distinct glyphs. Without polygons where BuildCharGlyph
+    /// builds none; emptied when the text is not UTF-8.
+    /// @param twoSided   with a copy that faces the other way, 0.0001 behind
+    /// @param leftAlign  the mesh starts at x = 0 instead of the first glyph's origin
+    /// @param glyphEnds  out, may be null: for each glyph in order the number of front polygons up to its end
+    void BuildStrGlyphs(const char* utf8, VXFTFace* face, float size, const char* material, bool twoSided,
+                        bool leftAlign, BArray<std::int32_t>* glyphEnds = nullptr);
+    static bool UnscaledKerning() { return smUnscaledKerning; }
+    /// Off, as at start: pairs are kerned by what FreeType gives at 72 pixels per em, taken for font units, which draws
+    /// them too close. On: by the font's own distances.
+    static void SetUnscaledKerning(bool on) { smUnscaledKerning = on; }
+#endif
+
     // --- Files: VXGeom.cpp
     /// Reads a Wavefront file, plain or gzip. @return 0, or -1; `report` says why
     int ReadWavefront(const char* path, GEOM_ProgressProc progress = nullptr, GEOM_ReadReport* report = nullptr);
@@ -519,4 +553,11 @@ private:
 
     static bool mObeyNormals;
     static int smGenCreaseMethod;
+#ifdef VELMAR_WITH_TEXT
+    void EmptyForText();
+    bool TakeText(GEOM* record, const char* material);
+
+    static FT_Library* smFTLibrary; ///< a cell of its own; null when FreeType is not set up
+    static bool smUnscaledKerning;
+#endif
 };

@@ -1,0 +1,74 @@
+#include "host/text/FontFolders.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace vx
+{
+namespace
+{
+/// Where fonts are kept: a folder below the one that a variable of the environment names.
+struct Place
+{
+    const char* variable; ///< null: the folder stands alone
+    const char* folder;
+};
+
+// Every system has some of them; the others do not exist there, so nothing needs to know the system.
+constexpr Place kPlaces[] = {
+    {nullptr, "/usr/share/fonts"},
+    {nullptr, "/usr/local/share/fonts"},
+    {nullptr, "/System/Library/Fonts"},
+    {nullptr, "/Library/Fonts"},
+    {"WINDIR", "Fonts"},
+    {"LOCALAPPDATA", "Microsoft/Windows/Fonts"},
+    {"HOME", ".fonts"},
+    {"HOME", ".local/share/fonts"},
+    {"XDG_DATA_HOME", "fonts"},
+    {"HOME", "Library/Fonts"},
+};
+
+void AddWithFoldersBelow(const std::filesystem::path& top, std::vector<std::filesystem::path>& folders)
+{
+    std::error_code failed;
+    std::vector<std::filesystem::path> found{top};
+    auto at = std::filesystem::recursive_directory_iterator(
+        top, std::filesystem::directory_options::skip_permission_denied, failed);
+    for (; !failed && at != std::filesystem::recursive_directory_iterator(); at.increment(failed))
+    {
+        std::error_code unknown;
+        if (at->is_directory(unknown) && !at->is_symlink(unknown))
+            found.push_back(at->path());
+    }
+    std::sort(found.begin() + 1, found.end());
+    for (std::filesystem::path& folder : found)
+        if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+            folders.push_back(std::move(folder));
+}
+} // namespace
+
+BArray<BPath> SystemFontFolders()
+{
+    std::vector<std::filesystem::path> folders;
+    for (const Place& place : kPlaces)
+    {
+        const char* const base = place.variable ? std::getenv(place.variable) : "";
+        if (!base || (place.variable && !*base))
+            continue;
+        const std::filesystem::path top = std::filesystem::path(base) / place.folder;
+        std::error_code unknown;
+        if (std::filesystem::is_directory(top, unknown))
+            AddWithFoldersBelow(top, folders);
+    }
+    BArray<BPath> paths;
+    for (const std::filesystem::path& folder : folders)
+    {
+        const std::u8string utf8 = folder.u8string();
+        paths.Append(BPath(BString(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))));
+    }
+    return paths;
+}
+} // namespace vx
