@@ -24,6 +24,14 @@ enum class BackgroundStyle
     Clear,    ///< transparent
 };
 
+/// Which surfaces are drawn by shaders made of their materials' trees, in smooth styles.
+enum class ShaderUse
+{
+    Auto, ///< those whose look the fixed surfaces lack
+    On,   ///< all that have a tree
+    Off,
+};
+
 /// How a picture of a scene is drawn.
 struct PreviewOptions
 {
@@ -44,6 +52,7 @@ struct PreviewOptions
     int subdivision = 0;    ///< level at which objects are shown, up to kMostSubdivision; 0 is the mesh as it is
     bool ownScheme = false; ///< subdivides by the library's own Catmull-Clark scheme even where there is OpenSubdiv
     bool cage = false;      ///< control meshes as wires over their subdivided surfaces
+    ShaderUse shaders = ShaderUse::Auto;
 };
 inline constexpr int kMostSubdivision = 6; ///< levels; each has four times the polygons of the one before
 

@@ -5,6 +5,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace vx
@@ -183,6 +184,69 @@ bool GeomBuffers::NeedUVs()
     return true;
 }
 
+// Texture vertex of corner k of a polygon, -1 without one.
+static std::int32_t TextureCorner(const GEOM& record, std::int32_t poly, std::int32_t k)
+{
+    if (!record.PolyHasTexture(poly))
+        return -1;
+    const GEOM_TexPoly run = record.tex->polys[poly];
+    return k < run.length ? record.tex->sets[run.start + k] : -1;
+}
+
+// Adds the directions of u and v at every corner to those of its surface vertex, for vertices from `from` on.
+void GeomBuffers::AddCornerTangents(VERTEX* tangents, VERTEX* binormals, std::int32_t from) const
+{
+    const GEOM& record = *mGeom->Geom();
+    const std::int32_t* const surface = mOwnVertices ? mOwnCorner.Data() : Corners();
+    const std::int32_t* const corners = Corners();
+    for (std::int32_t p = 0; p < record.numPolys; ++p)
+    {
+        const ELEMENT& poly = *record.Poly(p);
+        const std::int32_t start = poly.start, n = poly.length;
+        for (std::int32_t k = 0; poly.IsFace() && record.PolyHasTexture(p) && k < n; ++k)
+        {
+            const std::int32_t at = surface[start + k], next = (k + 1) % n, last = (k + n - 1) % n;
+            const std::int32_t t = TextureCorner(record, p, k), a = TextureCorner(record, p, next),
+                               b = TextureCorner(record, p, last);
+            if (at < from || t < 0 || a < 0 || b < 0)
+                continue;
+            const VERTEX here = mVerts[corners[start + k]];
+            const VERTEX alongA = mVerts[corners[start + next]] - here, alongB = mVerts[corners[start + last]] - here;
+            const T_VERTEX uv = record.tex->verts[t], uvA = record.tex->verts[a], uvB = record.tex->verts[b];
+            const float ua = uvA.u - uv.u, va = uvA.v - uv.v, ub = uvB.u - uv.u, vb = uvB.v - uv.v;
+            const float area = ua * vb - ub * va;
+            if (!(std::fabs(area) > 0) || !IsFinite(alongA) || !IsFinite(alongB))
+                continue;
+            tangents[at] = tangents[at] + (alongA * vb - alongB * va) * (1 / area);
+            binormals[at] = binormals[at] + (alongB * ua - alongA * ub) * (1 / area);
+        }
+    }
+}
+
+// The mesh has tangents at the vertices of its record. Vertices that were split, by creases, by seams or here, get the
+// mean of their own corners: across a seam of the texture the directions of u and v may turn about.
+bool GeomBuffers::NeedTangents()
+{
+    if (!NeedUVs())
+        return false;
+    if (!BeginPiece(kTangents))
+        return mTangents.Buffer() != 0;
+    const std::int64_t count = mOwnVertices ? mOwnVertex.Count() : mNumVerts;
+    const std::int32_t kept = mOwnVertices ? 0 : std::min(mNumVerts, mGeom->NumVerts(false));
+    BArray<VERTEX> tangents, binormals;
+    mGeom->ComputeTangents();
+    if (!mGeom->VertTangents() || !tangents.SetCount(count) || !binormals.SetCount(count))
+        return false;
+    std::fill(tangents.begin(), tangents.end(), VERTEX{});
+    std::fill(binormals.begin(), binormals.end(), VERTEX{});
+    AddCornerTangents(tangents.Data(), binormals.Data(), kept);
+    std::copy_n(mGeom->VertTangents(), kept, tangents.Data());
+    std::copy_n(mGeom->VertBinormals(), kept, binormals.Data());
+    mTangents.Upload(tangents.Data(), std::size_t(count) * sizeof(VERTEX));
+    mBinormals.Upload(binormals.Data(), std::size_t(count) * sizeof(VERTEX));
+    return true;
+}
+
 bool GeomBuffers::NeedPolyNormals()
 {
     if (!NeedTriangles())
@@ -203,15 +267,6 @@ bool GeomBuffers::NeedPolyNormals()
 }
 
 // --- Surfaces
-
-// Texture vertex of corner k of a polygon, -1 without one.
-static std::int32_t TextureCorner(const GEOM& record, std::int32_t poly, std::int32_t k)
-{
-    if (!record.PolyHasTexture(poly))
-        return -1;
-    const GEOM_TexPoly run = record.tex->polys[poly];
-    return k < run.length ? record.tex->sets[run.start + k] : -1;
-}
 
 bool GeomBuffers::UVsFitVertices() const
 {

@@ -74,6 +74,7 @@ public:
     bool NeedTriangles();
     bool NeedNormals();
     bool NeedUVs();
+    bool NeedTangents(); ///< along u and v; the mesh's own where all corners of a vertex agree
     bool NeedPolyNormals();
     bool NeedEdges();
     bool NeedHaberlines();
@@ -93,6 +94,8 @@ public:
     const GpuArray& Positions() const { return mPositions; }
     const GpuArray& Normals() const { return mNormals; }
     const GpuArray& UVs() const { return mUVs; }
+    const GpuArray& Tangents() const { return mTangents; }
+    const GpuArray& Binormals() const { return mBinormals; }
     const GpuArray& Indices() const { return mIndices; }
     const GpuArray& TrianglePolys() const { return mTrianglePolys; }
     const GpuArray& PolyNormals() const { return mPolyNormals; }
@@ -113,6 +116,7 @@ private:
         kEdges = 1u << 5,
         kHaberlines = 1u << 6,
         kLineElements = 1u << 7,
+        kTangents = 1u << 8,
     };
     bool BeginPiece(Piece piece); ///< true when the piece must be looked at
     std::uint64_t TopologyHash() const;
@@ -122,6 +126,7 @@ private:
     bool AppendTriangles(VXElementKind kind, Triangulator& triangulator, BArray<std::int32_t>& polys);
     bool BuildEdges();
     bool Gather(const VERTEX* from, GpuArray& to, BArray<VERTEX>& scratch) const;
+    void AddCornerTangents(VERTEX* tangents, VERTEX* binormals, std::int32_t from) const;
     const std::int32_t* Corners() const;
     std::int32_t KindBase(VXElementKind kind) const; ///< rank of the kind's first element among all faces
 
@@ -142,7 +147,7 @@ private:
     BArray<std::int32_t> mFirstLine;         ///< by line element, and one more
 
     GpuArray mPositions{GpuArray::Texels::Floats}, mNormals{GpuArray::Texels::Floats};
-    GpuArray mSurfacePositions, mSurfaceNormals, mUVs, mIndices;
+    GpuArray mSurfacePositions, mSurfaceNormals, mUVs, mIndices, mTangents, mBinormals;
     GpuArray mTrianglePolys{GpuArray::Texels::Ints}, mPolyNormals{GpuArray::Texels::Floats};
     GpuArray mEdges{GpuArray::Texels::IntPairs}, mHaberlines{GpuArray::Texels::IntPairs};
     GpuArray mLines{GpuArray::Texels::IntPairs}, mOutline{GpuArray::Texels::IntPairs};

@@ -2,6 +2,7 @@
 
 #include <GL/glew.h>
 
+#include <initializer_list>
 #include <string_view>
 
 namespace vx
@@ -19,13 +20,10 @@ static BString LogOf(GLuint id, bool isProgram)
     return BString(text);
 }
 
-static GLuint Compile(GLenum stage, const std::string& shared, const char* text, BString& problem)
+static GLuint Compile(GLenum stage, std::initializer_list<const char*> pieces, BString& problem)
 {
     const GLuint shader = glCreateShader(stage);
-    const std::string head = std::string("#version 330 compatibility\n") +
-                             (stage == GL_FRAGMENT_SHADER ? "#define FRAGMENT_STAGE\n" : "") + shared;
-    const char* const pieces[] = {head.c_str(), "\n#line 1\n", text};
-    glShaderSource(shader, 3, pieces, nullptr);
+    glShaderSource(shader, GLsizei(pieces.size()), pieces.begin(), nullptr);
     glCompileShader(shader);
     GLint done = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &done);
@@ -40,15 +38,37 @@ static GLuint Compile(GLenum stage, const std::string& shared, const char* text,
 
 BString Program::Build(const char* name, const std::string& shared, const char* vertexText, const char* fragmentText)
 {
-    Release();
+    const char* const version = "#version 330 compatibility\n";
     BString problem;
-    const GLuint vertex = Compile(GL_VERTEX_SHADER, shared, vertexText, problem);
-    const GLuint fragment = vertex ? Compile(GL_FRAGMENT_SHADER, shared, fragmentText, problem) : 0;
+    const GLuint vertex = Compile(GL_VERTEX_SHADER, {version, shared.c_str(), "\n#line 1\n", vertexText}, problem);
+    const GLuint fragment =
+        vertex ? Compile(GL_FRAGMENT_SHADER,
+                         {version, "#define FRAGMENT_STAGE\n", shared.c_str(), "\n#line 1\n", fragmentText}, problem)
+               : 0;
+    return Link(name, vertex, fragment, problem, {});
+}
+
+BString Program::Build(const char* name, const std::string& vertexText, const std::string& fragmentText,
+                       std::span<const char* const> attributes)
+{
+    BString problem;
+    const GLuint vertex = Compile(GL_VERTEX_SHADER, {vertexText.c_str()}, problem);
+    const GLuint fragment = vertex ? Compile(GL_FRAGMENT_SHADER, {fragmentText.c_str()}, problem) : 0;
+    return Link(name, vertex, fragment, problem, attributes);
+}
+
+// Takes both shaders; without a second one `problem` says why.
+BString Program::Link(const char* name, std::uint32_t vertex, std::uint32_t fragment, BString problem,
+                      std::span<const char* const> attributes)
+{
+    Release();
     if (fragment)
     {
         mId = glCreateProgram();
         glAttachShader(mId, vertex);
         glAttachShader(mId, fragment);
+        for (std::size_t i = 0; i < attributes.size(); ++i)
+            glBindAttribLocation(mId, GLuint(i), attributes[i]);
         glLinkProgram(mId);
         GLint done = GL_FALSE;
         glGetProgramiv(mId, GL_LINK_STATUS, &done);

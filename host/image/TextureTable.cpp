@@ -1,5 +1,7 @@
 #include "host/image/TextureTable.h"
 
+#include <algorithm>
+
 namespace vx
 {
 TextureTable::TextureTable() = default;
@@ -17,7 +19,15 @@ std::int32_t TextureTable::Add(const BPath& path, BString& error)
         if (mEntries[i].name == name)
             return std::int32_t(i) + kFirstIndex;
     PicturePtr picture = ReadPicture(path, error);
+    if (!picture && !HasFailed(path))
+        mFailed.Append(name);
     return picture ? Add(std::move(picture), name.CString()) : -1;
+}
+
+bool TextureTable::HasFailed(const BPath& path) const
+{
+    const BString name = path.Absolute().FullPath();
+    return std::find(mFailed.begin(), mFailed.end(), name) != mFailed.end();
 }
 
 std::int32_t TextureTable::Add(PicturePtr picture, const char* name)

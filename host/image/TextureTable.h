@@ -26,6 +26,7 @@ public:
 
     /// Reads the picture, or finds it when it was read before. @return its index, -1 with the reason in `error`
     std::int32_t Add(const BPath& path, BString& error);
+    bool HasFailed(const BPath& path) const; ///< it could not be read when it was asked for
     /// Takes a picture made in memory. @return its index, -1 when memory ran out
     std::int32_t Add(PicturePtr picture, const char* name);
 
@@ -39,5 +40,6 @@ private:
         CPB_Offscreen* picture;
     };
     BArray<Entry> mEntries;
+    BArray<BString> mFailed; ///< names
 };
 } // namespace vx

@@ -9,6 +9,7 @@
 #include "host/image/Png.h"
 #include "mesh/VXGeom.h"
 #include "tests/support/Meshes.h"
+#include "tests/support/ObjText.h"
 #include "tests/support/Tools.h"
 
 #include <gtest/gtest.h>
@@ -17,34 +18,11 @@
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <sstream>
 
 using namespace vx;
 
 namespace
 {
-std::string ObjText(const TestMesh& mesh)
-{
-    std::ostringstream text;
-    for (const VERTEX& v : mesh.verts)
-        text << "v " << v.x << ' ' << v.y << ' ' << v.z << '\n';
-    for (const T_VERTEX& t : mesh.uvs)
-        text << "vt " << t.u << ' ' << t.v << '\n';
-    int corner = 0;
-    for (const std::vector<int>& face : mesh.faces)
-    {
-        text << 'f';
-        for (const int v : face)
-        {
-            text << ' ' << v + 1;
-            if (!mesh.uvs.empty())
-                text << '/' << ++corner;
-        }
-        text << '\n';
-    }
-    return text.str();
-}
-
 void Add(Preview& preview, const TestMesh& mesh, const ImportOptions& options = {})
 {
     const std::string text = ObjText(mesh);
