@@ -113,6 +113,7 @@ CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int lo
 // Each verb adds itself to the grammar; `exitCode` is set when its verb ran.
 
 void AddPreviewVerb(CLI::App& app, int& exitCode);
+void AddStylesVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);
 void AddSelectVerb(CLI::App& app, int& exitCode);
 void AddWeldVerb(CLI::App& app, int& exitCode);

@@ -1,27 +1,10 @@
 // VelmarBase: command line.
-#include "Cli.h"
-#include "Groups.h"
-#include "ModelFile.h"
-#include "Subdivision.h"
-
-#include "base/BFile.h"
-#include "base/MEM.h"
-#include "engine/VXObject.h"
-#include "engine/VXScene.h"
-#include "host/Preview.h"
-#include "host/image/Png.h"
-#include "host/import/ElementParts.h"
-#include "mesh/VXGeom.h"
+#include "PictureOptions.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <charconv>
-#include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace vx::cli
 {
@@ -29,291 +12,22 @@ namespace vx::cli
 namespace
 {
 
-constexpr int kLargestSide = 16384; // of a picture, in pixels
-
-/// The arguments. Numbers go straight into what the host takes; texts are checked by the grammar and read afterwards.
-struct PreviewArguments
+struct PreviewArguments : PictureArguments
 {
-    std::vector<std::string> inputs;
-    std::string output = "preview.png", texture;
-    std::string size = "1280x720", mode = "smooth-textured", background = "gradient", up = "y";
-    std::string show, scheme = SchemeNames().front();
-    bool noCreases = false, noShadows = false, verbose = false;
-    std::vector<Highlight> highlights; ///< in the order of the command line
-    PreviewOptions picture;
-    ImportOptions import;
+    std::string output = "preview.png";
 };
-
-// --- Values of options: each reader has a check that says what was expected
-
-std::optional<int> WholeNumber(std::string_view text, int most)
-{
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < 1 || value > most)
-        return std::nullopt;
-    return value;
-}
-
-struct Size
-{
-    int width, height;
-};
-
-std::optional<Size> ReadSize(std::string_view text)
-{
-    const std::size_t cross = text.find('x');
-    if (cross == std::string_view::npos)
-        return std::nullopt;
-    const auto width = WholeNumber(text.substr(0, cross), kLargestSide);
-    const auto height = WholeNumber(text.substr(cross + 1), kLargestSide);
-    if (!width || !height)
-        return std::nullopt;
-    return Size{*width, *height};
-}
-
-std::string CheckSize(const std::string& text)
-{
-    return ReadSize(text) ? ""
-                          : BString::Format("'%s' is no picture size, expected WIDTHxHEIGHT from 1x1 to %dx%d",
-                                            text.c_str(), kLargestSide, kLargestSide)
-                                .Std();
-}
-
-std::string ModeNames(const char* between)
-{
-    std::string names;
-    for (int i = 0; i < kNumDrawModes; ++i)
-        names.append(i > 0 ? between : "").append(PresetOf(DrawMode(i)).name);
-    return names;
-}
-
-std::string CheckMode(const std::string& text)
-{
-    return FindPreset(text) ? "" : "'" + text + "' is no draw mode, expected one of " + ModeNames(", ");
-}
-
-// RRGGBB, with or without the # that shells like to take for a comment.
-std::optional<VERTEX> ReadColor(std::string_view text)
-{
-    if (text == "white")
-        return VERTEX{1, 1, 1};
-    if (text == "black")
-        return VERTEX{0, 0, 0};
-    if (text.starts_with('#'))
-        text.remove_prefix(1);
-    unsigned rgb = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rgb, 16);
-    if (text.size() != 6 || error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    const auto part = [rgb](int shift) { return float(rgb >> shift & 255) / 255; };
-    return VERTEX{part(16), part(8), part(0)};
-}
-
-struct Background
-{
-    BackgroundStyle style;
-    VERTEX top, bottom;
-};
-
-std::optional<Background> ReadBackground(std::string_view text)
-{
-    const PreviewOptions standard;
-    if (text == "gradient" || text == "transparent")
-        return Background{text == "gradient" ? BackgroundStyle::Gradient : BackgroundStyle::Clear,
-                          standard.backgroundTop, standard.backgroundBottom};
-    const std::size_t comma = text.find(',');
-    const auto top = ReadColor(text.substr(0, comma));
-    const auto bottom = comma == std::string_view::npos ? top : ReadColor(text.substr(comma + 1));
-    if (!top || !bottom)
-        return std::nullopt;
-    return Background{comma == std::string_view::npos ? BackgroundStyle::Plain : BackgroundStyle::Gradient, *top,
-                      *bottom};
-}
-
-std::string CheckBackground(const std::string& text)
-{
-    return ReadBackground(text) ? ""
-                                : "'" + text +
-                                      "' is no background, expected gradient, transparent, RRGGBB, white, black, or "
-                                      "two colours as TOP,BOTTOM";
-}
-
-// --- Highlights
-
-void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char* name, bool vertices,
-                  const char* purpose)
-{
-    const auto append = [&highlights, vertices](const std::string& group) {
-        highlights.push_back({BString(group), HighlightColor(highlights.size()), vertices});
-    };
-    verb.add_option_function<std::string>(name, append, purpose)->trigger_on_parse()->type_name("GROUP");
-}
-
-// What cannot be shown together, whatever the models.
-BString UsageProblem(const PreviewOptions& picture)
-{
-    const bool marks = !picture.highlights.empty();
-    if (marks && picture.subdivision > 0 && picture.ownScheme)
-        return BString("polygons made by ") + kOwnScheme + " are in no groups, expected --scheme " + kOpenSubdiv +
-               " to highlight some";
-    const bool data = picture.mode == DrawMode::Depth || picture.mode == DrawMode::Normals;
-    if (data && (marks || picture.vectors != VectorKind::Off))
-        return "--highlight and --show draw over what the mode shows as data, expected another --mode";
-    return {};
-}
-
-// Empty when each group that is to be shown is in some model.
-BString HighlightProblem(Preview& preview, const PreviewOptions& picture)
-{
-    const std::vector<Highlight>& highlights = picture.highlights;
-    const std::vector<std::string> names = GroupNames(preview.Scene());
-    for (const Highlight& highlight : highlights)
-        if (std::find(names.begin(), names.end(), highlight.group.Std()) == names.end())
-            return BString("no model has a group '") + highlight.group + "', " + BString(GroupsThereAre(names));
-    return {};
-}
-
-// --- The verb
-
-// Beside the program when it is installed, else in the tree that it was built from.
-BPath BundledSample()
-{
-    std::error_code ignored;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    const std::filesystem::path places[] = {program.parent_path().parent_path() / "share/velmar/samples",
-                                            VELMAR_SAMPLES_INSTALLED, VELMAR_SAMPLES_SOURCE};
-    for (const std::filesystem::path& place : places)
-    {
-        const BPath sample = BPath(BString(place.string())).Joined("teacup.obj");
-        if (sample.IsFile())
-            return sample;
-    }
-    return "teacup.obj";
-}
-
-bool LoadModel(Preview& preview, Input& input, const ImportOptions& options, BString& problem)
-{
-    if (!input.Open())
-    {
-        problem = input.Name() + ": " + input.Error();
-        return false;
-    }
-    bool loaded;
-    if (!input.IsStandardInput())
-        loaded = preview.Load(input.Path(), options);
-    else
-    {
-        BFile file(input.Path());
-        char* const text = file.Open(BFile::Mode::Read) == 0 ? file.ReadAll() : nullptr;
-        if (!text)
-        {
-            problem = input.Name() + ": " + file.LastError();
-            return false;
-        }
-        loaded = preview.LoadText(text, MEM_Count(text), input.Name(), BPath("."), options);
-        MEM_Free(text);
-    }
-    problem = preview.Error();
-    return loaded;
-}
-
-void ReadTexts(PreviewArguments& arguments)
-{
-    PreviewOptions& picture = arguments.picture;
-    const Size size = *ReadSize(arguments.size);
-    picture.width = size.width;
-    picture.height = size.height;
-    picture.mode = FindPreset(arguments.mode)->mode;
-    const Background background = *ReadBackground(arguments.background);
-    picture.background = background.style;
-    picture.backgroundTop = background.top;
-    picture.backgroundBottom = background.bottom;
-    picture.view.up = arguments.up == "z" ? UpAxis::Z : UpAxis::Y;
-    picture.shadows = picture.shadows && !arguments.noShadows;
-    arguments.import.creases = !arguments.noCreases;
-    picture.ownScheme = arguments.scheme == kOwnScheme;
-    arguments.import.separateLines = picture.subdivision > 0;
-    picture.highlights = arguments.highlights;
-    if (!arguments.show.empty())
-        picture.vectors = arguments.show == "normals" ? VectorKind::Normals : VectorKind::Tangents;
-}
-
-BString SubdivisionProblemOf(Preview& preview, const PreviewOptions& options)
-{
-    for (std::int64_t i = 0; i < preview.Scene().NumObjects() && options.subdivision > 0; ++i)
-    {
-        const VXObject* const object = preview.Scene().Object(int(i));
-        if (!object || !object->Geom() || !HasElements(*object->Geom()->Geom(), ElementPart::Faces))
-            continue;
-        const BString problem = SubdivisionProblem(*object->Geom()->Geom(), options.subdivision, options.ownScheme);
-        if (!problem.IsEmpty())
-            return object->ExternalName() + ": " + problem;
-    }
-    return {};
-}
-
-void WarnOfMissingTangents(Preview& preview)
-{
-    for (std::int64_t i = 0; i < preview.Scene().NumObjects(); ++i)
-    {
-        const VXObject* const object = preview.Scene().Object(int(i));
-        if (object && object->Geom() && !object->Geom()->Geom()->tex)
-            Warn(object->ExternalName() + ": has no texture coordinates, so no tangents are shown");
-    }
-}
 
 int RunPreview(PreviewArguments& arguments)
 {
-    ReadTexts(arguments);
-    if (arguments.inputs.empty())
-        arguments.inputs.push_back(BundledSample().FullPath().Std());
-    if (const BString problem = UsageProblem(arguments.picture); !problem.IsEmpty())
-        return Fail(kWrongUsage, "", 0, problem + ", see 'velmar preview --help'");
-    std::vector<std::string> read = arguments.inputs;
-    if (!arguments.texture.empty())
-        read.push_back(arguments.texture);
-    if (const BString problem = OutputProblem(arguments.output, read); !problem.IsEmpty())
-        return Fail(kFailed, BString(arguments.output), 0, problem);
-
     Stopwatch watch(arguments.verbose);
     Preview preview;
-    for (const std::string& name : arguments.inputs)
-    {
-        Input input{BString(name)};
-        BString problem;
-        if (!LoadModel(preview, input, arguments.import, problem))
-            return Fail(kFailed, "", 0, problem);
-        watch.Tell("read " + input.Name());
-    }
-    if (!arguments.texture.empty() && !preview.SetDefaultTexture(BPath(BString(arguments.texture))))
-        return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
-    if (const BString problem = SubdivisionProblemOf(preview, arguments.picture); !problem.IsEmpty())
-        return Fail(kFailed, "", 0, problem);
-    if (const BString problem = HighlightProblem(preview, arguments.picture); !problem.IsEmpty())
-        return Fail(kFailed, "", 0, problem);
-    if (arguments.picture.vectors == VectorKind::Tangents)
-        WarnOfMissingTangents(preview);
-    if (!preview.PrepareContext())
-        return Fail(kNoOpenGL, "", 0, "no OpenGL to be had: " + preview.Error());
-    watch.Tell("drawing without a window, as a picture needs none: " + preview.ContextDescription());
-
+    if (const int code = arguments.Open(preview, arguments.output, watch); code != kDone)
+        return code;
     const PicturePtr picture = preview.Render(arguments.picture);
     if (!picture)
         return Fail(kFailed, "", 0, preview.Error());
     watch.Tell(BString::Format("drawn %d x %d pixels", picture->Width(), picture->Height()));
-
-    const bool toStdout = arguments.output == "-";
-    const BString problem =
-        toStdout ? WritePngToStdout(*picture) : WritePng(*picture, BPath(BString(arguments.output)));
-    if (!problem.IsEmpty())
-        return Fail(kFailed, "", 0, problem);
-    for (const BString& warning : preview.Warnings())
-        Warn(warning);
-    watch.Tell(BString("written ") + (toStdout ? "to standard output" : arguments.output.c_str()));
-    if (!toStdout)
-        std::printf("%s\n", arguments.output.c_str());
-    return FinishStandardOutput();
+    return WritePicture(*picture, arguments.output, preview, watch);
 }
 
 } // namespace
@@ -321,76 +35,15 @@ int RunPreview(PreviewArguments& arguments)
 void AddPreviewVerb(CLI::App& app, int& exitCode)
 {
     const auto arguments = std::make_shared<PreviewArguments>();
-    PreviewOptions& picture = arguments->picture;
-    ViewOptions& view = picture.view;
     CLI::App* const verb = AddVerb(app, "preview", "Render models to a PNG picture");
-    verb->add_option("INPUT", arguments->inputs,
-                     "Wavefront OBJ files, plain or gzip, shown together; - is standard input; none is a sample")
-        ->type_name("");
-    verb->add_option("-o,--output", arguments->output,
-                     "Picture to write, replaced when it exists; - is standard output")
-        ->type_name("FILE.png")
-        ->check(OutputName("a picture", {".png"}))
-        ->capture_default_str();
-    verb->add_option("--size", arguments->size, "Size in pixels")
-        ->type_name("WIDTHxHEIGHT")
-        ->check(CLI::Validator(CheckSize, ""))
-        ->capture_default_str();
-    verb->add_option("--mode", arguments->mode, "How to draw; the modes are listed below")
-        ->type_name("MODE")
-        ->check(CLI::Validator(CheckMode, ""))
-        ->capture_default_str();
-
-    verb->add_option("--texture", arguments->texture, "Picture for materials that have none")->type_name("FILE");
-    AddNumber(*verb, "--azimuth", view.azimuth, -36000, 36000,
-              "Degrees to walk round the model from its front, towards the picture's right");
-    AddNumber(*verb, "--elevation", view.elevation, -90, 90, "Degrees above the horizon");
-    AddNumber(*verb, "--zoom", view.zoom, 0.01, 100, "2 shows everything twice as large");
-    CLI::Option* const fov = AddNumber(*verb, "--fov", view.fov, 1, 150, "Vertical angle of view in degrees");
-    verb->add_flag("--ortho", view.ortho, "Parallel projection")->excludes(fov);
-    verb->add_option("--up", arguments->up, "The model's axis that points up")
-        ->type_name("y|z")
-        ->check(Choice("axis that can point up", {"y", "z"}))
-        ->capture_default_str();
-
-    verb->add_option("--background", arguments->background,
-                     "gradient, transparent, a colour as RRGGBB, white or black, or two as TOP,BOTTOM")
-        ->type_name("COLOUR")
-        ->check(CLI::Validator(CheckBackground, ""))
-        ->capture_default_str();
-    verb->add_flag("--ground", picture.ground, "Show a plane under the model");
-    CLI::Option* const shadows =
-        verb->add_flag("--shadows", picture.shadows, "Show the model's shadow on the ground, as it is anyway");
-    verb->add_flag("--no-shadows", arguments->noShadows, "Show no shadow")->excludes(shadows);
-    verb->add_option("--samples", picture.samples, "Samples for each pixel; 16 draws at twice the size")
-        ->type_name("1|2|4|8|16")
-        ->check(Choice("number of samples", {"1", "2", "4", "8", "16"}))
-        ->capture_default_str();
-    CLI::Option* const angle = AddNumber(*verb, "--crease-angle", arguments->import.creaseAngle, 0, 180,
-                                         "Edges bent by more degrees than this are drawn hard");
-    verb->add_flag("--no-creases", arguments->noCreases, "No hard edges at all")->excludes(angle);
-    verb->add_option("--crease-method", arguments->import.creaseMethod,
-                     "How hard edges split vertices: 0 along edges, 1 or 2 by grouping the polygons around each vertex")
-        ->type_name("0|1|2")
-        ->check(Choice("crease method", {"0", "1", "2"}))
-        ->capture_default_str()
-        ->excludes("--no-creases");
-    CLI::Option* const subdivide = AddWholeNumber(*verb, "--subdivide", picture.subdivision, 0, kMostSubdivision,
-                                                  "Show the smooth surface of which the model is the control mesh: "
-                                                  "each level has four times the polygons of the one before");
-    AddScheme(*verb, arguments->scheme)->needs(subdivide);
-    verb->add_flag("--cage", picture.cage, "Show the control mesh as wires over the subdivided surface")
-        ->needs(subdivide);
-    verb->add_option("--show", arguments->show,
-                     "Draw the vectors of each vertex as short lines: normals blue, tangents red and binormals green "
-                     "with them")
-        ->type_name("normals|tangents")
-        ->check(Choice("kind of vectors", {"normals", "tangents"}));
-    AddHighlight(*verb, arguments->highlights, "--highlight", false,
-                 "Show a group of polygons in colour; each that is given has a colour of its own");
-    AddHighlight(*verb, arguments->highlights, "--highlight-vertices", true, "Show the vertices of a group as dots");
-    verb->add_flag("-v,--verbose", arguments->verbose, "Say on standard error what is done");
-    verb->footer("Modes:\n  " + ModeNames("\n  "));
+    arguments->AddModels(*verb);
+    arguments->AddOutput(*verb, arguments->output, "Picture to write, replaced when it exists; - is standard output");
+    arguments->AddSize(*verb, "1280x720", "Size in pixels");
+    arguments->AddMode(*verb);
+    arguments->AddView(*verb);
+    arguments->AddLook(*verb);
+    arguments->AddSurface(*verb);
+    arguments->AddMarks(*verb);
     verb->callback([arguments, &exitCode] { exitCode = RunPreview(*arguments); });
 }
 

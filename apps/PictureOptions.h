@@ -1,0 +1,59 @@
+// VelmarBase: command line.
+#pragma once
+
+#include "Cli.h"
+#include "host/Preview.h"
+#include "host/image/Picture.h"
+
+#include <string>
+#include <vector>
+
+/// @file
+/// What verbs that draw models share: options, reading the models, writing the picture.
+
+namespace vx::cli
+{
+
+/// The arguments. Numbers go straight into what the host takes; texts are checked by the grammar and read by Open.
+class PictureArguments
+{
+public:
+    PreviewOptions picture;
+    bool verbose = false;
+
+    // --- Grammar: a verb takes the options that make sense for it. This object must outlive the parsing.
+    void AddModels(CLI::App& verb); ///< INPUT... and --verbose
+    void AddOutput(CLI::App& verb, std::string& output, const char* purpose);
+    void AddSize(CLI::App& verb, const char* size, const char* purpose); ///< @param size the standard one
+    void AddMode(CLI::App& verb);
+    void AddView(CLI::App& verb);    ///< from where the models are looked at
+    void AddSurface(CLI::App& verb); ///< hard edges and subdivision
+    void AddLook(CLI::App& verb);    ///< texture, background, ground, samples
+    void AddMarks(CLI::App& verb);   ///< vectors and highlights
+
+    // --- Work
+
+    /// Reads the options and the models, and starts OpenGL; nothing of it is done where there is no place for the
+    /// output. @param output the file to write; empty for none
+    /// @return kDone, or the code of a failure that has been told
+    int Open(Preview& preview, const std::string& output, Stopwatch& watch);
+
+private:
+    void ReadTexts();
+    int ReadModels(Preview& preview, Stopwatch& watch);
+    BString UsageProblem() const;
+    BString SubdivisionProblemOf(Preview& preview) const;
+    BString HighlightProblem(Preview& preview) const;
+
+    std::string mVerb;
+    std::vector<std::string> mInputs;
+    std::string mTexture, mSize, mMode = "smooth-textured", mBackground = "gradient", mUp = "y", mShow, mScheme;
+    bool mNoCreases = false, mNoShadows = false;
+    ImportOptions mImport;
+};
+
+/// Writes a picture to a file or to standard output, and says on standard output where it is; then warns of what the
+/// models lack. @return the exit code
+int WritePicture(const CPB_Offscreen& picture, const std::string& output, const Preview& preview, Stopwatch& watch);
+
+} // namespace vx::cli
