@@ -11,6 +11,8 @@
 
 namespace vx
 {
+static constexpr float kMostScale = 1e6f;
+
 static float InRange(float value, float low, float high, float otherwise)
 {
     return std::isfinite(value) ? std::clamp(value, low, high) : otherwise;
@@ -19,6 +21,18 @@ static float InRange(float value, float low, float high, float otherwise)
 static VERTEX ColourOf(const float (&c)[3])
 {
     return {InRange(c[0], 0, 1, 0), InRange(c[1], 0, 1, 0), InRange(c[2], 0, 1, 0)};
+}
+
+static MaterialMap MapOf(const std::string& file, const tinyobj::texture_option_t& options)
+{
+    MaterialMap map;
+    map.file = BString(file).Trimmed();
+    for (int i = 0; i < 2; ++i)
+    {
+        map.scale[i] = InRange(options.scale[i], -kMostScale, kMostScale, 1);
+        map.offset[i] = InRange(options.origin_offset[i], -kMostScale, kMostScale, 0);
+    }
+    return map;
 }
 
 static void AppendLines(const std::string& text, const BString& name, BArray<BString>& lines)
@@ -52,7 +66,12 @@ static void ReadText(std::string text, const BString& name, BArray<MaterialRecor
         to.ks = ColourOf(from.specular);
         to.ns = InRange(from.shininess, 0, 1000, 0);
         to.opacity = InRange(from.dissolve, 0, 1, 1);
-        to.kdMap = BString(from.diffuse_texname).Trimmed();
+        to.ke = ColourOf(from.emission);
+        to.kdMap = MapOf(from.diffuse_texname, from.diffuse_texopt);
+        to.ksMap = MapOf(from.specular_texname, from.specular_texopt);
+        to.bumpMap = MapOf(from.bump_texname, from.bump_texopt);
+        to.normalMap = MapOf(from.normal_texname, from.normal_texopt);
+        to.bumpStrength = InRange(from.bump_texopt.bump_multiplier, -kMostScale, kMostScale, 1);
         if (!materials.Append(std::move(to)))
             return;
     }

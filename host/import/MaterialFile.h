@@ -9,6 +9,13 @@
 
 namespace vx
 {
+/// A picture that a material names, and how it is laid on.
+struct MaterialMap
+{
+    BString file; ///< as it is written; empty for none
+    float scale[2] = {1, 1}, offset[2] = {0, 0};
+};
+
 /// One material of a Wavefront material file: what the preview shows of it.
 struct MaterialRecord
 {
@@ -16,7 +23,10 @@ struct MaterialRecord
     VERTEX kd{0.72f, 0.72f, 0.72f}, ks; ///< 0..1, as they are written
     float ns = 0;                       ///< specular exponent
     float opacity = 1;                  ///< 0 clear, 1 opaque
-    BString kdMap;                      ///< file named for the diffuse colour, as it is written; empty for none
+    VERTEX ke;                          ///< light of its own
+    MaterialMap kdMap, ksMap;           ///< for the diffuse and the specular colour
+    MaterialMap bumpMap, normalMap;     ///< heights; normals in tangent space
+    float bumpStrength = 1;             ///< factor of the heights
 };
 
 /// Reads the text of a material file. Any bytes end in a list, perhaps an empty one; numbers that make no sense are

@@ -7,6 +7,9 @@
 #include "base/BString.h"
 #include "host/image/TextureTable.h"
 
+#include <memory>
+#include <vector>
+
 class VXGeom;
 class VXMaterial;
 class VXObject;
@@ -14,6 +17,10 @@ class VXScene;
 
 namespace vx
 {
+class ShaderTree;
+struct MaterialRecord;
+struct NamedMaterial;
+
 /// How a model is brought in.
 struct ImportOptions
 {
@@ -53,6 +60,14 @@ public:
     /// Gives a picture to every material that has none. @return empty, or why the picture could not be used
     BString SetDefaultTexture(const BPath& path);
 
+    /// Gives materials of a text to those of the models that have their names. One material of which there is none of
+    /// that name goes to all, if it is the only one; of several, such are warned about.
+    void ApplyMaterials(std::vector<NamedMaterial> materials, ImportReport& report);
+
+    /// Makes a tree that of a layer and keeps it; the base layer's also sets what fixed drawing shows.
+    /// @return empty, or what of it is not shown
+    BString SetTree(VXMaterial& material, std::int64_t layer, std::shared_ptr<ShaderTree> tree);
+
     /// The material of that name, made in neutral grey when there is none yet.
     VXMaterial* MaterialNamed(VXScene& scene, const char* name);
 
@@ -64,10 +79,21 @@ private:
     VXObject* AddMesh(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder, ImportReport& report);
     VXObject* AddParts(VXScene& scene, VXGeom* mesh, const BString& name, const BPath& folder,
                        const ImportOptions& options, ImportReport& report);
-    void ReadMaterials(VXScene& scene, const BPath& path, ImportReport& report);
+    void ReadMaterials(VXScene& scene, const BPath& path, float size, ImportReport& report);
+    void SetPlainMaterial(VXMaterial& material, const MaterialRecord& record, const BPath& path, ImportReport& report);
+    std::vector<VXMaterial*> MaterialsOfModels() const;
+    void Keep(VXMaterial& material, std::int64_t layer, std::shared_ptr<ShaderTree> tree);
+
+    struct KeptTree
+    {
+        const VXMaterial* material;
+        std::int64_t layer;
+        std::shared_ptr<ShaderTree> tree; ///< one may be that of several materials
+    };
 
     BArray<VXGeom*> mMeshes;        ///< owned; objects borrow them
     BArray<VXMaterial*> mMaterials; ///< owned; scenes and meshes point to them
+    std::vector<KeptTree> mTrees;   ///< materials point to them
     TextureTable mTextures;
 };
 } // namespace vx

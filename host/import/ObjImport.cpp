@@ -5,103 +5,13 @@
 #include "engine/VXScene.h"
 #include "engine/VXSwitches.h"
 #include "host/import/ElementParts.h"
-#include "host/import/MaterialFile.h"
-#include "material/VXMaterial.h"
 #include "mesh/VXGeom.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace vx
 {
-// A surface about which nothing is known: light enough that shading shows, dark enough that light does not clip.
-static constexpr float kNeutralGrey = 0.72f;
-
-ModelStore::ModelStore() = default;
-
-ModelStore::~ModelStore()
-{
-    for (VXGeom* const mesh : mMeshes)
-        delete mesh;
-    for (VXMaterial* const material : mMaterials)
-        delete material;
-}
-
-// --- Materials
-
-VXMaterial* ModelStore::MaterialNamed(VXScene& scene, const char* name)
-{
-    if (VXMaterial* const present = scene.FindMaterial(name, false))
-        return present;
-    auto made = std::make_unique<VXMaterial>(0, nullptr);
-    made->SetInternalName(name);
-    made->SetExternalName(name);
-    made->KdColor().Set(kNeutralGrey, kNeutralGrey, kNeutralGrey, 1);
-    made->KsColor().Set(0.22f, 0.22f, 0.22f, 1);
-    made->SetNs(28);
-    if (!mMaterials.Reserve(mMaterials.Count() + 1))
-        return nullptr;
-    mMaterials.Append(made.get());
-    scene.AddMaterial(made.get());
-    return made.release();
-}
-
-static void Apply(const MaterialRecord& from, VXMaterial& to)
-{
-    to.KdColor().Set(from.kd.x, from.kd.y, from.kd.z, 1);
-    to.KsColor().Set(from.ks.x, from.ks.y, from.ks.z, 1);
-    to.SetNs(from.ns > 1 ? from.ns : 1);
-    if (from.ns <= 1)
-        to.KsColor().SetBrightness(0); // without an exponent a highlight would be a veil over everything
-    to.SetTMin(1 - from.opacity);
-    to.SetTMax(1 - from.opacity);
-}
-
-void ModelStore::ReadMaterials(VXScene& scene, const BPath& path, ImportReport& report)
-{
-    BArray<MaterialRecord> records;
-    const BString problem = ReadMaterialFile(path, records, report.warnings);
-    if (!problem.IsEmpty())
-    {
-        report.warnings.Append(path.FullPath() + ": materials are not shown: " + problem);
-        return;
-    }
-    for (const MaterialRecord& record : records)
-    {
-        const bool known = scene.FindMaterial(record.name.CString(), false) != nullptr;
-        VXMaterial* const material = known ? nullptr : MaterialNamed(scene, record.name.CString());
-        if (!material)
-            continue; // of two materials of one name the first counts
-        Apply(record, *material);
-        if (record.kdMap.IsEmpty())
-            continue;
-        BString name = record.kdMap, why;
-        name.ReplaceAll("\\", "/");
-        const BPath texture = path.Parent().Joined(name);
-        material->SetTextureIndex(mTextures.Add(texture, why));
-        material->SetPreviewTexturePath(texture.FullPath());
-        // The colour is a factor of the picture; black, which some programs write beside a picture, would hide it.
-        const VERTEX& kd = record.kd;
-        if (kd.x + kd.y + kd.z > 0)
-            material->TextureColor().Set(kd.x, kd.y, kd.z, 1);
-        if (material->TextureIndex() < 0)
-            report.warnings.Append(path.FullPath() + ": the texture " + record.kdMap + " of material " + record.name +
-                                   " is not shown: it " + why);
-    }
-}
-
-BString ModelStore::SetDefaultTexture(const BPath& path)
-{
-    BString why;
-    const std::int32_t index = mTextures.Add(path, why);
-    if (index < 0)
-        return path.FullPath() + ": " + why;
-    for (VXMaterial* const material : mMaterials)
-        if (material->TextureIndex() < 0)
-            material->SetTextureIndex(index);
-    return {};
-}
-
-// --- Meshes
 
 // The method is a setting of the whole process, and put back for whoever else derives meshes.
 struct CreaseMethod : VXSwitches::Scoped<int>
@@ -213,11 +123,14 @@ VXObject* ModelStore::AddMesh(VXScene& scene, VXGeom* mesh, const BString& name,
         report.error = name + ": there is nothing to show: it has no faces, lines or points";
         return nullptr;
     }
+    float stats[9]; // least x y z, greatest x y z, middle
+    GEOM_Stats(&record, stats);
+    const float size = std::max({stats[3] - stats[0], stats[4] - stats[1], stats[5] - stats[2]});
     for (const BString& file : record.materialFiles)
     {
         BString local = file;
         local.ReplaceAll("\\", "/");
-        ReadMaterials(scene, folder.Joined(local), report);
+        ReadMaterials(scene, folder.Joined(local), size, report);
     }
     for (int slot = 0; slot < mesh->NumGeomMaterials(); ++slot)
     {

@@ -69,7 +69,7 @@ TreeNode::TreeNode(const NodeType& type, const BString& name) : mType(&type), mN
 {
     mInputs.reserve(type.inputs.size());
     for (const InputType& input : type.inputs)
-        mInputs.push_back(std::make_unique<TreeInput>(input));
+        mInputs.emplace_back(input);
 }
 
 int TreeNode::Kind() const { return mType->IsRoot() ? kNodeRoot : kNodeOrdinary; }
@@ -79,7 +79,7 @@ BShaderInput* TreeNode::Input(const char* name) const { return Find(name); }
 TreeInput* TreeNode::Find(const char* name) const
 {
     const int i = name ? mType->InputIndex(name) : -1;
-    return i < 0 ? nullptr : &At(i);
+    return i < 0 ? nullptr : &mInputs[std::size_t(i)];
 }
 
 // --- Trees

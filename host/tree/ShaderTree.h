@@ -52,14 +52,15 @@ public:
     int Kind() const override;
     BString TypeName() const override { return mType->name; }
     BShaderInput* Input(const char* name) const override; ///< null when this type lacks it
-    TreeInput& At(int i) const { return *mInputs[std::size_t(i)]; }
+    TreeInput& At(int i) { return mInputs[std::size_t(i)]; }
+    const TreeInput& At(int i) const { return mInputs[std::size_t(i)]; }
     TreeInput* Find(const char* name) const; ///< the same as Input, typed
     int NumInputs() const { return int(mInputs.size()); }
 
 private:
     const NodeType* mType;
     BString mName;
-    std::vector<std::unique_ptr<TreeInput>> mInputs;
+    mutable std::vector<TreeInput> mInputs; ///< never grows; mutable as Input answers what may be changed
 };
 
 /// The node tree of one material layer: owns its nodes. A node may feed several inputs; cycles are not made by the

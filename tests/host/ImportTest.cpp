@@ -76,7 +76,7 @@ TEST(ReadMaterialText, TakesWhatThePreviewShows)
     EXPECT_FLOAT_EQ(records[0].ns, 96);
     EXPECT_FLOAT_EQ(records[0].opacity, 0.25f);
     EXPECT_FLOAT_EQ(records[1].opacity, 0.25f) << "Tr is clearness";
-    EXPECT_EQ(records[1].kdMap, "pictures\\a b.png");
+    EXPECT_EQ(records[1].kdMap.file, "pictures\\a b.png");
 }
 
 TEST(ReadMaterialText, AnyBytesEndInAList)
