@@ -1,6 +1,7 @@
 #include "base/BText.h"
 #include "engine/VXScene.h"
 #include "engine/VXSceneDelegate.h"
+#include "shader/VXShaderBinding.h"
 #include "shader/VXShaderDebug.h"
 #include "shader/VXShaderImplementation.h"
 #include "tests/support/RecordingCompiler.h"
@@ -190,6 +191,19 @@ TEST_F(ShaderFiles, TheLogStartsWithItsHeading)
     EXPECT_EQ(before.back(), '\n');
     const std::string log = TakeLog(), head = "shader preview log file of kelvo session started at ";
     EXPECT_TRUE(log == head + before + kBanner + "\n" || log == head + after + kBanner + "\n") << log;
+}
+
+TEST_F(ShaderFiles, TheLogNamesATextureThatFailsOnce)
+{
+    RecordingEngine draw;
+    draw.textures = {{"good.png", 1}};
+    VXShaderEngine engine(&draw);
+    VXShaderProgram program;
+    for (const char* const file : {"bad.png", "good.png"})
+        program.AddTexture(new VXShaderBindingTexture("map", "sampler2D", file));
+    engine.LoadShaderTextures(nullptr, &program);
+    engine.LoadShaderTextures(nullptr, &program);
+    EXPECT_EQ(TakeLog(), "Texture bad.png could not be loaded\n");
 }
 
 TEST_F(ShaderFiles, TheEngineWarnsOfUseWhileItIsNotEnabled)
