@@ -1,0 +1,115 @@
+#include "text/detail/TextPage.h"
+
+#include "text/detail/GlyphShapes.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vx
+{
+namespace
+{
+/// A glyph on the page; the pen in font units.
+struct PlacedGlyph
+{
+    std::int32_t shape;
+    std::int64_t penX, penY;
+};
+
+/// Lays a text out, line by line from the origin down.
+class Typesetter
+{
+public:
+    Typesetter(FT_Face face, GlyphShapes& shapes, bool unscaledKerning)
+        : mFace(face), mShapes(shapes), mKerns(FT_HAS_KERNING(face)), mUnscaled(unscaledKerning)
+    {
+    }
+
+    /// False when memory ran out.
+    bool Set(const BArray<std::uint32_t>& codes)
+    {
+        constexpr std::uint32_t kLineFeed = 10, kReturn = 13;
+        if (!mGlyphs.Reserve(codes.Count()))
+            return false;
+        for (std::int64_t i = 0; i < codes.Count(); ++i)
+        {
+            const bool pair = codes[i] == kReturn && i + 1 < codes.Count() && codes[i + 1] == kLineFeed;
+            if (codes[i] == kReturn || codes[i] == kLineFeed)
+                BreakLine();
+            else if (!Place(FT_Get_Char_Index(mFace, codes[i])))
+                return false;
+            i += pair ? 1 : 0;
+        }
+        return true;
+    }
+    const BArray<PlacedGlyph>& Glyphs() const { return mGlyphs; }
+
+private:
+    // Room that layout may add to each advance and to each line, as a share of it; there is none.
+    static constexpr float kExtra = 0.0f;
+    static std::int64_t WithExtra(std::int64_t units) { return units + int(float(units) * kExtra + 0.5f); }
+
+    void BreakLine()
+    {
+        mPenX = 0;
+        mPenY -= WithExtra(mFace->height);
+        mPrevious = 0;
+    }
+    bool Place(FT_UInt glyph)
+    {
+        FT_Vector kerning{0, 0};
+        const FT_UInt mode = mUnscaled ? FT_KERNING_UNSCALED : FT_KERNING_DEFAULT;
+        if (mKerns && mPrevious && glyph && FT_Get_Kerning(mFace, mPrevious, glyph, mode, &kerning) == 0)
+            mPenX += WithExtra(kerning.x);
+        const std::int32_t shape = mShapes.Find(glyph);
+        if (shape < 0 || !mGlyphs.Append({shape, mPenX, mPenY}))
+            return false;
+        mPenX += mShapes[shape].advance;
+        mPrevious = glyph;
+        return true;
+    }
+
+    FT_Face mFace;
+    GlyphShapes& mShapes;
+    BArray<PlacedGlyph> mGlyphs;
+    std::int64_t mPenX = 0, mPenY = 0;
+    FT_UInt mPrevious = 0;
+    bool mKerns, mUnscaled;
+};
+} // namespace
+
+// Null when memory ran out or 32 bits are too few.
+static PagePtr WriteGlyphs(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, const GlyphScale& scale,
+                           BArray<std::int32_t>* ends)
+{
+    std::int64_t verts = 0, polys = 0;
+    for (const PlacedGlyph& glyph : glyphs)
+    {
+        verts += scale.CanDraw() ? shapes[glyph.shape].numVerts : 0;
+        polys += scale.CanDraw() ? shapes[glyph.shape].numPolys : 0;
+    }
+    PagePtr record(GEOM_Alloc());
+    const bool fits = std::max(verts, 3 * polys) <= std::numeric_limits<std::int32_t>::max();
+    if (!record || !fits || record->SetSize(int(polys), int(verts), int(3 * polys), 0, 0, 0) != 0)
+        return nullptr;
+    GlyphCursor at;
+    for (const PlacedGlyph& glyph : glyphs)
+    {
+        if (scale.CanDraw())
+            shapes.Write(shapes[glyph.shape], scale, float(double(glyph.penX) * scale.x),
+                         float(double(glyph.penY) * scale.y), *record, at);
+        if (ends && !ends->Append(at.poly))
+            return nullptr;
+    }
+    return record;
+}
+
+PagePtr WriteTextPage(const BArray<std::uint32_t>& codes, FT_Face face, float size, bool unscaledKerning,
+                      BArray<std::int32_t>* ends)
+{
+    const GlyphScale scale(face, size); // first, as it sizes the face that kerning goes by
+    GlyphShapes shapes(face);
+    Typesetter text(face, shapes, unscaledKerning);
+    return text.Set(codes) ? WriteGlyphs(text.Glyphs(), shapes, scale, ends) : nullptr;
+}
+} // namespace vx

@@ -1,0 +1,115 @@
+#include "base/BText.h"
+#include "mesh/VXGeom.h"
+#include "text/VXFTFace.h"
+#include "text/detail/GlyphShapes.h"
+#include "text/detail/TextPage.h"
+
+#include <cstring>
+
+using namespace vx;
+
+bool VXGeom::smUnscaledKerning = false;
+
+static FT_Face OpenedFace(VXFTFace* face)
+{
+    if (!VXGeom::FTLibrary())
+        VXGeom::SetupFreeType();
+    return VXGeom::FTLibrary() && face ? face->GetFTFace() : nullptr;
+}
+
+// The record and a copy turned about the y axis through the pivot; null when memory ran out.
+static PagePtr WithBack(GEOM& front, const float pivot[3])
+{
+    constexpr float kHalfTurn = 3.1415927f, kGap = 0.0001f;
+    GEOM_Offset(&front, 0, 0, kGap);
+    const PagePtr back(GEOM_Copy(&front, 0));
+    if (!back)
+        return nullptr;
+    Mat44 turn;
+    MAT_Identity(turn);
+    MAT_Translate(turn, -pivot[0], -pivot[1], -pivot[2]);
+    MAT_RotateY(turn, kHalfTurn);
+    MAT_Translate(turn, pivot[0], pivot[1], pivot[2]);
+    MAT_VertTransform(back->verts, back->verts, back->numVerts, turn);
+    const GEOM* const sides[] = {&front, back.get()};
+    return PagePtr(GEOM_CreateUniMesh(sides, 2));
+}
+
+// --- In the wrapper
+
+// A record that is borrowed is the host's: it is forgotten, not emptied.
+void VXGeom::EmptyForText()
+{
+    if (mGeomShared)
+        StealGeom();
+    Empty();
+}
+
+// Takes the record, with edges and normals.
+bool VXGeom::TakeText(GEOM* record, const char* material)
+{
+    if (!record || GEOM_AddMaterialName(record, material ? material : "") < 0)
+    {
+        GEOM_Free(record);
+        return false;
+    }
+    ClearSortedData();
+    SetFlag(GeomFlag::TransparentParts, false);
+    const int status = SetGeom(record, false);
+    mGeomShared = false; // nobody else knows this record
+    return status == 0;
+}
+
+void VXGeom::BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_GlyphSlot* slot, const char* material)
+{
+    if (slot)
+        *slot = nullptr;
+    EmptyForText();
+    const FT_Face opened = OpenedFace(face);
+    if (!opened)
+        return;
+    if (slot)
+        *slot = opened->glyph;
+    const GlyphScale scale(opened, size);
+    GlyphShapes shapes(opened);
+    const std::int32_t index = shapes.Find(FT_Get_Char_Index(opened, code));
+    if (!mGeom)
+        mGeom = GEOM_Alloc();
+    if (!mGeom || index < 0)
+        return;
+    const GlyphShape& shape = shapes[index];
+    if (scale.CanDraw() && mGeom->SetSize(shape.numPolys, shape.numVerts, 3 * shape.numPolys, 0, 0, 0) == 0)
+    {
+        GlyphCursor at;
+        shapes.Write(shape, scale, 0, 0, *mGeom, at);
+    }
+    GEOM_AddMaterialName(mGeom, material ? material : "");
+    GEOM_VerifyAndFix(mGeom);
+}
+
+void VXGeom::BuildStrGlyphs(const char* utf8, VXFTFace* face, float size, const char* material, bool twoSided,
+                            bool leftAlign, BArray<std::int32_t>* glyphEnds)
+{
+    if (glyphEnds)
+        glyphEnds->Empty();
+    const FT_Face opened = OpenedFace(face);
+    if (!opened)
+        return;
+    EmptyForText();
+    BArray<std::uint32_t> codes;
+    const std::int64_t bytes = utf8 ? std::int64_t(std::strlen(utf8)) : 0;
+    if (bytes > 0 && ConvertUTF8toUTF32(utf8, bytes, codes) < 0)
+        return;
+
+    PagePtr record = WriteTextPage(codes, opened, size, smUnscaledKerning, glyphEnds);
+    if (!record)
+        return;
+    // Taken once and before anything moves, so that the back turns about where the centre was.
+    float stats[9];
+    GEOM_Stats(record.get(), stats);
+    if (leftAlign)
+        GEOM_Offset(record.get(), -stats[0], 0, 0);
+    if (twoSided)
+        record = WithBack(*record, stats + 6);
+    TakeText(record.release(), material);
+}

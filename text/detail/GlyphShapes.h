@@ -1,0 +1,100 @@
+// VelmarBase: text meshes.
+#pragma once
+
+#include "base/BArray.h"
+#include "base/BMap.h"
+#include "base/GEOM.h"
+#include "text/detail/FreeType.h"
+
+#include <cstdint>
+
+class GLUtesselator;
+
+namespace vx
+{
+struct GlyphPoint
+{
+    double x = 0, y = 0; ///< font units
+
+    friend bool operator==(const GlyphPoint&, const GlyphPoint&) = default;
+};
+
+/// How the points of one run make triangles, counter-clockwise all of them.
+enum class TriangleRun : std::uint8_t
+{
+    List,
+    Strip,
+    Fan,
+};
+
+/// The area that one glyph fills, as runs of triangles.
+struct GlyphShape
+{
+    std::int32_t firstRun = 0, numRuns = 0;
+    std::int32_t numVerts = 0, numPolys = 0;
+    std::int64_t advance = 0; ///< font units
+};
+
+/// From font units to mesh units.
+struct GlyphScale
+{
+    double x = 0, y = 0; ///< 0 where nothing can be drawn
+
+    /// Sets the face to 72 points at 72 dpi, as all layout here goes by, and takes the scale for a size from it.
+    GlyphScale(FT_Face face, float size);
+    bool CanDraw() const { return x != 0 && y != 0; }
+};
+
+/// Where the next glyph goes in a record that is being filled.
+struct GlyphCursor
+{
+    std::int32_t vert = 0, corner = 0, poly = 0;
+};
+
+/// The shapes of a face's glyphs, each made when it is first asked for: outlines are decomposed by FreeType, curves cut
+/// into five pieces, and the GLU tessellator makes triangles of what the outline's own fill rule fills.
+class GlyphShapes
+{
+public:
+    explicit GlyphShapes(FT_Face face);
+    ~GlyphShapes();
+    GlyphShapes(const GlyphShapes&) = delete;
+    GlyphShapes& operator=(const GlyphShapes&) = delete;
+
+    /// The shape of a glyph by its index; without triangles when it is no outline, has no area or cannot be loaded.
+    /// Right after the first call for an index, the face's slot holds that glyph. @return an index, -1 when memory ran
+    /// out
+    std::int32_t Find(FT_UInt glyph);
+    const GlyphShape& operator[](std::int32_t shape) const { return mShapes[shape]; }
+
+    /// Writes a glyph's vertices, moved by (dx, dy), and polygons into a record that has room for them.
+    void Write(const GlyphShape& shape, const GlyphScale& scale, float dx, float dy, GEOM& to, GlyphCursor& at) const;
+
+private:
+    struct Run
+    {
+        TriangleRun kind;
+        std::int32_t firstPoint, numPoints;
+    };
+    struct Outline; // contours while they are read
+    struct Calls;   // what the tessellator calls
+
+    void Make(GlyphShape& shape);
+    void Tessellate(bool evenOdd);
+    bool FlattenContours();
+    bool IsTangled() const;
+
+    FT_Face mFace;
+    GLUtesselator* mTessellator;
+    BMapIntToInt mShapeOf; ///< by glyph index
+    BArray<GlyphShape> mShapes;
+    BArray<Run> mRuns;
+    BArray<GlyphPoint> mPoints; ///< of all runs
+
+    // The glyph that is being made
+    BArray<GlyphPoint> mOutline; ///< points of its contours, and those where contours cross
+    BArray<std::int32_t> mContourEnds;
+    bool mFailed = false; ///< memory ran out
+    bool mRunSkipped = false;
+};
+} // namespace vx
