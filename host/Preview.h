@@ -70,6 +70,7 @@ public:
     bool Load(const BPath& obj, const ImportOptions& options = {});
     bool LoadText(const char* text, std::size_t size, const BString& name, const BPath& folder,
                   const ImportOptions& options = {});
+    bool Take(GEOM* record, const BString& name, const ImportOptions& options = {}); ///< the record is taken
     bool SetDefaultTexture(const BPath& picture); ///< for all materials that have none
 
     // --- Pictures

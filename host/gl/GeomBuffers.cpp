@@ -473,6 +473,70 @@ GeomBuffers::Range GeomBuffers::Edges(VXElementKind kind, std::int32_t first, st
     return {mFirstEdge[from], mFirstEdge[from + count] - mFirstEdge[from]};
 }
 
+bool GeomBuffers::NeedHaberlines()
+{
+    if (!NeedPositions())
+        return false;
+    if (!BeginPiece(kHaberlines))
+        return mHaberlines.Bytes() > 0;
+    // A crease runs between two elements, and both have it marked: it is kept where it comes first. Sorting by the two
+    // original vertices brings both together.
+    struct Marked
+    {
+        std::uint64_t vertices;
+        std::int32_t rank, corner, a, b;
+    };
+    BArray<Marked> marked;
+    for (const VXElementKind kind : {VXElementKind::Quads, VXElementKind::Triangles})
+    {
+        const VXSortedBucket& bucket = mGeom->Sorted(kind);
+        const std::int32_t n = kind == VXElementKind::Quads ? 4 : 3, base = KindBase(kind);
+        for (std::int32_t i = 0; bucket.edgeFlags && bucket.corners && i < bucket.count; ++i)
+            for (std::int32_t k = 0; k < n; ++k)
+                if (bucket.edgeFlags[i] & (kElementEdgeDrawn << k))
+                {
+                    const std::int32_t a = mGeom->OrigVertIndex(bucket.corners[i * n + k]);
+                    const std::int32_t b = mGeom->OrigVertIndex(bucket.corners[i * n + (k + 1) % n]);
+                    const std::uint64_t key = std::uint64_t(std::min(a, b)) << 32 | std::uint32_t(std::max(a, b));
+                    if (!marked.Append(Marked{key, base + i, k, a, b}))
+                        return false;
+                }
+    }
+    std::sort(marked.begin(), marked.end(),
+              [](const Marked& x, const Marked& y)
+              {
+                  return x.vertices != y.vertices ? x.vertices < y.vertices
+                                                  : (x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner);
+              });
+    const auto end = std::unique(marked.begin(), marked.end(),
+                                 [](const Marked& x, const Marked& y) { return x.vertices == y.vertices; });
+    std::sort(marked.begin(), end,
+              [](const Marked& x, const Marked& y)
+              { return x.rank != y.rank ? x.rank < y.rank : x.corner < y.corner; });
+    const std::int32_t numElements = KindBase(VXElementKind::Polygons);
+    BArray<std::int32_t> pairs;
+    if (!mFirstHaberline.SetCount(0) || !mFirstHaberline.SetCount(numElements + 1))
+        return false;
+    for (const Marked* m = marked.begin(); m != end; ++m)
+    {
+        ++mFirstHaberline[m->rank + 1];
+        if (!pairs.Append(m->a) || !pairs.Append(m->b))
+            return false;
+    }
+    for (std::int32_t i = 0; i < numElements; ++i)
+        mFirstHaberline[i + 1] += mFirstHaberline[i];
+    mHaberlines.Upload(pairs.Data(), std::size_t(pairs.Count()) * sizeof(std::int32_t));
+    return mHaberlines.Bytes() > 0;
+}
+
+GeomBuffers::Range GeomBuffers::Haberlines(VXElementKind kind, std::int32_t first, std::int32_t count) const
+{
+    const std::int64_t from = KindBase(kind) + first;
+    if (kind > VXElementKind::Triangles || from + count >= mFirstHaberline.Count())
+        return {};
+    return {mFirstHaberline[from], mFirstHaberline[from + count] - mFirstHaberline[from]};
+}
+
 // --- Line and point elements
 
 bool GeomBuffers::NeedLineElements()

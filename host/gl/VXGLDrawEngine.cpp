@@ -221,8 +221,7 @@ void VXGLDrawEngine::SetColorArray(VERTEX* colors, int count) { mColorData = cou
 
 void VXGLDrawEngine::PrepareGeometry(VXGeom* geom)
 {
-    mGeometry = mReady && CurrentObject() ? &GeometryOf(CurrentObject(), CurrentDrawGeom(), geom) : nullptr;
-    mBuffers = mGeometry ? &mGeometry->buffers : nullptr;
+    mBuffers = mReady && CurrentObject() ? &GeometryOf(CurrentObject(), CurrentDrawGeom(), geom).buffers : nullptr;
     if (mBuffers)
         mBuffers->SetArrays(geom, mVertexArrayData, mVertexCount, mNormalData);
 }
@@ -245,7 +244,6 @@ VXGLDrawEngine::Geometry& VXGLDrawEngine::GeometryOf(VXObject* object, int drawG
     {
         geometry.buffers.MarkStale();
         geometry.vectors.MarkStale();
-        geometry.edgeLines.MarkStale();
         object->SetPolyDisplayListReady(true, drawGeom);
         object->SetLineDisplayListReady(true, drawGeom);
     }

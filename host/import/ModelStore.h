@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+class GEOM;
 class VXGeom;
 class VXMaterial;
 class VXObject;
@@ -56,6 +57,10 @@ public:
     /// files that it names lie
     VXObject* ImportObjText(VXScene& scene, const char* text, std::size_t size, const BString& name,
                             const BPath& folder, const ImportOptions& options, ImportReport& report);
+
+    /// The same from a record, which is taken, in success and failure alike. @param name stands for its file
+    VXObject* TakeRecord(VXScene& scene, GEOM* record, const BString& name, const BPath& folder,
+                         const ImportOptions& options, ImportReport& report);
 
     /// Gives a picture to every material that has none. @return empty, or why the picture could not be used
     BString SetDefaultTexture(const BPath& path);

@@ -69,6 +69,15 @@ VXObject* ModelStore::ImportObjText(VXScene& scene, const char* text, std::size_
         report.error = Told(name, read);
         return nullptr;
     }
+    VXObject* const object = TakeRecord(scene, record, name, folder, options, report);
+    if (object)
+        TellOddities(name, read, report);
+    return object;
+}
+
+VXObject* ModelStore::TakeRecord(VXScene& scene, GEOM* record, const BString& name, const BPath& folder,
+                                 const ImportOptions& options, ImportReport& report)
+{
     const CreaseMethod method(options);
     std::unique_ptr<VXGeom> mesh = NewMesh(options);
     if ((record->NumMaterials() < 1 && GEOM_MakeDefaultMaterial(record)) || GEOM_PurgeUnusedMaterials(record))
@@ -84,7 +93,6 @@ VXObject* ModelStore::ImportObjText(VXScene& scene, const char* text, std::size_
         report.error = name + ": out of memory";
         return nullptr;
     }
-    TellOddities(name, read, report);
     return AddParts(scene, mesh.release(), name, folder, options, report);
 }
 
