@@ -31,10 +31,9 @@ enum ExitCode : int
     kNoOpenGL = 3,
 };
 
-// --- Messages: one line each on standard error, "velmar: PLACE:LINE: TEXT", led by the program's name. The place (a
-// file or an option) is left out when empty, the line when 0. Control characters in names cannot break the line.
+// --- Messages: one line each on standard error, "velmar: PLACE:LINE: TEXT". The place (a file or an option) is left
+// out when empty, the line when 0. Control characters in names cannot break the line.
 
-void SetProgramName(const char* name); ///< for programs other than velmar; the text is kept, not copied
 int Fail(ExitCode code, const BString& place, std::int64_t line, const BString& text); ///< answers the code
 void Warn(const BString& text); ///< "velmar: warning: TEXT", which begins with its place
 void Note(const BString& text); ///< what --verbose asks for
@@ -120,5 +119,7 @@ void AddSelectVerb(CLI::App& app, int& exitCode);
 void AddWeldVerb(CLI::App& app, int& exitCode);
 void AddTransferGroupsVerb(CLI::App& app, int& exitCode);
 void AddSubdivideVerb(CLI::App& app, int& exitCode);
+void AddTextVerb(CLI::App& app, int& exitCode); ///< where text was built in, as the next
+void AddFontsVerb(CLI::App& app, int& exitCode);
 
 } // namespace vx::cli

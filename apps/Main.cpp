@@ -59,6 +59,10 @@ int Run(int argc, char** argv)
     AddWeldVerb(app, exitCode);
     AddTransferGroupsVerb(app, exitCode);
     AddSubdivideVerb(app, exitCode);
+#ifdef VELMAR_WITH_TEXT
+    AddTextVerb(app, exitCode);
+    AddFontsVerb(app, exitCode);
+#endif
 
     try
     {

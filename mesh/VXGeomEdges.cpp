@@ -50,11 +50,9 @@ void VXGeom::ComputeBackfacingToVertex(const VERTEX* viewpoint)
             return;
         vx::FacingNormals(points, polys, mPolyNormals);
     }
-    if (!HasAllPolyNormals())
-        return;
-    vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
-                       *viewpoint);
-    RefreshSilhouetteFlags();
+    if (HasAllPolyNormals())
+        vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
+                           *viewpoint);
 }
 
 int VXGeom::FindClosestUnflaggedEdge(const VERTEX* point) const
