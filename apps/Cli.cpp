@@ -30,9 +30,13 @@ static std::string OneLine(std::string text)
     return text;
 }
 
+static const char* programName = "velmar";
+
+void SetProgramName(const char* name) { programName = name; }
+
 static void Print(const BString& place, std::int64_t line, const BString& text)
 {
-    std::string message = "velmar: ";
+    std::string message = programName + std::string(": ");
     if (!place.IsEmpty())
         message += place.Std() + ":" + (line > 0 ? std::to_string(line) + ": " : " ");
     message = OneLine(message + text.Std()) + "\n";

@@ -31,9 +31,10 @@ enum ExitCode : int
     kNoOpenGL = 3,
 };
 
-// --- Messages: one line each on standard error, "velmar: PLACE:LINE: TEXT". The place (a file or an option) is left
-// out when empty, the line when 0. Control characters in names cannot break the line.
+// --- Messages: one line each on standard error, "velmar: PLACE:LINE: TEXT", led by the program's name. The place (a
+// file or an option) is left out when empty, the line when 0. Control characters in names cannot break the line.
 
+void SetProgramName(const char* name); ///< for programs other than velmar; the text is kept, not copied
 int Fail(ExitCode code, const BString& place, std::int64_t line, const BString& text); ///< answers the code
 void Warn(const BString& text); ///< "velmar: warning: TEXT", which begins with its place
 void Note(const BString& text); ///< what --verbose asks for

@@ -138,22 +138,6 @@ void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char
 
 // --- Models
 
-// Beside the program when it is installed, else in the tree that it was built from.
-BPath BundledSample()
-{
-    std::error_code ignored;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    const std::filesystem::path places[] = {program.parent_path().parent_path() / "share/velmar/samples",
-                                            VELMAR_SAMPLES_INSTALLED, VELMAR_SAMPLES_SOURCE};
-    for (const std::filesystem::path& place : places)
-    {
-        const BPath sample = BPath(BString(place.string())).Joined("teacup.obj");
-        if (sample.IsFile())
-            return sample;
-    }
-    return "teacup.obj";
-}
-
 bool LoadModel(Preview& preview, Input& input, const ImportOptions& options, BString& problem)
 {
     if (!input.Open())
@@ -192,11 +176,27 @@ void WarnOfMissingTangents(Preview& preview)
 
 } // namespace
 
+// Beside the program when it is installed, else in the tree that it was built from.
+BPath BundledSample()
+{
+    std::error_code ignored;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const std::filesystem::path places[] = {program.parent_path().parent_path() / "share/velmar/samples",
+                                            VELMAR_SAMPLES_INSTALLED, VELMAR_SAMPLES_SOURCE};
+    for (const std::filesystem::path& place : places)
+    {
+        const BPath sample = BPath(BString(place.string())).Joined("teacup.obj");
+        if (sample.IsFile())
+            return sample;
+    }
+    return "teacup.obj";
+}
+
 // --- Grammar
 
 void PictureArguments::AddModels(CLI::App& verb)
 {
-    mVerb = verb.get_name();
+    mVerb = (verb.get_parent() ? "velmar " : "") + verb.get_name();
     verb.add_option("INPUT", mInputs,
                     "Wavefront OBJ files, plain or gzip, shown together; - is standard input; none is a sample")
         ->type_name("");
@@ -372,13 +372,19 @@ int PictureArguments::ReadModels(Preview& preview, Stopwatch& watch)
     return kDone;
 }
 
-int PictureArguments::Open(Preview& preview, const std::string& output, Stopwatch& watch)
+int PictureArguments::ReadOptions()
 {
     ReadTexts();
+    const BString problem = UsageProblem();
+    return problem.IsEmpty() ? int(kDone) : Fail(kWrongUsage, "", 0, problem + ", see '" + BString(mVerb) + " --help'");
+}
+
+int PictureArguments::Open(Preview& preview, const std::string& output, Stopwatch& watch)
+{
+    if (const int code = ReadOptions(); code != kDone)
+        return code;
     if (mInputs.empty())
         mInputs.push_back(BundledSample().FullPath().Std());
-    if (const BString problem = UsageProblem(); !problem.IsEmpty())
-        return Fail(kWrongUsage, "", 0, problem + ", see 'velmar " + mVerb + " --help'");
     std::vector<std::string> read = mInputs;
     if (!mTexture.empty())
         read.push_back(mTexture);

@@ -38,6 +38,13 @@ public:
     /// @return kDone, or the code of a failure that has been told
     int Open(Preview& preview, const std::string& output, Stopwatch& watch);
 
+    /// Reads the options alone, for a program that reads the models itself. @return kDone, or wrong usage that has been
+    /// told
+    int ReadOptions();
+    const std::vector<std::string>& Inputs() const { return mInputs; }
+    const std::string& Texture() const { return mTexture; }
+    const ImportOptions& Import() const { return mImport; }
+
 private:
     void ReadTexts();
     int ReadModels(Preview& preview, Stopwatch& watch);
@@ -45,12 +52,14 @@ private:
     BString SubdivisionProblemOf(Preview& preview) const;
     BString HighlightProblem(Preview& preview) const;
 
-    std::string mVerb;
+    std::string mVerb; ///< as the user calls it
     std::vector<std::string> mInputs;
     std::string mTexture, mSize, mMode = "smooth-textured", mBackground = "gradient", mUp = "y", mShow, mScheme;
     bool mNoCreases = false, mNoShadows = false;
     ImportOptions mImport;
 };
+
+BPath BundledSample();
 
 /// Writes a picture to a file or to standard output, and says on standard output where it is; then warns of what the
 /// models lack. @return the exit code

@@ -50,9 +50,11 @@ void VXGeom::ComputeBackfacingToVertex(const VERTEX* viewpoint)
             return;
         vx::FacingNormals(points, polys, mPolyNormals);
     }
-    if (HasAllPolyNormals())
-        vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
-                           *viewpoint);
+    if (!HasAllPolyNormals())
+        return;
+    vx::ClassifyFacing({mEdgeList.Edges(), std::size_t(mEdgeList.GetEdgeCount())}, polys, points, mPolyNormals,
+                       *viewpoint);
+    RefreshSilhouetteFlags();
 }
 
 int VXGeom::FindClosestUnflaggedEdge(const VERTEX* point) const

@@ -145,10 +145,30 @@ static bool SizeBucket(VXSortedBucket& bucket, int storedCorners, std::span<std:
 /// read one word of a small array for each polygon instead of its record.
 using EdgeMarks = std::span<std::uint32_t>;
 
-static void MarkEdge(EdgeMarks marks, std::int32_t poly, std::int32_t corner, std::uint32_t why)
+static void MarkEdge(EdgeMarks marks, std::int32_t poly, std::int32_t corner, std::uint32_t drawn, std::uint32_t why)
 {
     if (std::uint32_t(corner) < 4)
-        marks[std::size_t(poly)] |= kElementEdgeDrawn << corner | why;
+        marks[std::size_t(poly)] |= drawn << corner | why;
+}
+
+static void MarkEdgeOnBothSides(EdgeMarks marks, const VXEdge& edge, std::uint32_t drawn, std::uint32_t why)
+{
+    MarkEdge(marks, edge.PolyIndex1(), edge.RelIndexP1V1(), drawn, why);
+    if (edge.PolyIndex2() >= 0)
+        MarkEdge(marks, edge.PolyIndex2(), edge.IsEdgeOrderedProperly() ? edge.RelIndexP2V2() : edge.RelIndexP2V1(),
+                 drawn, why);
+}
+
+// What the last viewpoint made of the edges.
+static void MarkSilhouettes(const VXEdgeList& edges, EdgeMarks marks)
+{
+    const std::int32_t numPolys = std::int32_t(marks.size()), count = edges.GetEdgeCount();
+    for (std::int32_t i = 0; i < count; ++i)
+    {
+        const VXEdge& edge = edges.GetEdge(i);
+        if (edge.IsBoundaryEdge() && edge.PolyIndex1() < numPolys && edge.PolyIndex2() < numPolys)
+            MarkEdgeOnBothSides(marks, edge, kElementEdgeOutline, kElementEdgeSilhouette);
+    }
 }
 
 // Marks the elements along every edge that is to be drawn: on both sides, since either may be turned away or hidden.
@@ -172,11 +192,8 @@ static void MarkDrawnEdges(const VXEdgeList& edges, bool compareMaterials, EdgeM
             if (compareMaterials && (marks[std::size_t(poly1)] ^ marks[std::size_t(poly2)]) >> 16 != 0)
                 why |= kElementEdgeMaterial;
         }
-        if (why == 0)
-            continue;
-        MarkEdge(marks, poly1, edge.RelIndexP1V1(), why);
-        if (poly2 >= 0)
-            MarkEdge(marks, poly2, edge.IsEdgeOrderedProperly() ? edge.RelIndexP2V2() : edge.RelIndexP2V1(), why);
+        if (why != 0)
+            MarkEdgeOnBothSides(marks, edge, kElementEdgeDrawn, why);
     }
 }
 
@@ -187,7 +204,26 @@ static bool FillEdgeMarks(const VXEdgeList& edges, const GEOM& geom, BArray<std:
     for (std::int32_t i = 0; i < geom.numPolys; ++i)
         marks[i] = std::uint32_t(geom.Poly(i)->material) << 16;
     MarkDrawnEdges(edges, geom.materials.Count() != 1, {marks.Data(), std::size_t(marks.Count())});
+    MarkSilhouettes(edges, {marks.Data(), std::size_t(marks.Count())});
     return true;
+}
+
+// Without memory there are no silhouettes, rather than those of another view.
+void VXGeom::RefreshSilhouetteFlags()
+{
+    if (!DataSorted())
+        return;
+    constexpr std::uint32_t kOfTheView = kElementEdgeOutline * 15u | kElementEdgeSilhouette;
+    BArray<std::uint32_t> marks;
+    const bool marked = marks.SetCount(mGeom->numPolys);
+    if (marked)
+        MarkSilhouettes(mEdgeList, {marks.Data(), std::size_t(marks.Count())});
+    for (const VXSortedBucket& bucket : mSorted)
+        for (std::int32_t i = 0; bucket.edgeFlags && i < bucket.count; ++i)
+        {
+            const bool known = marked && bucket.polys[i] < mGeom->numPolys;
+            bucket.edgeFlags[i] = (bucket.edgeFlags[i] & ~kOfTheView) | (known ? marks[bucket.polys[i]] : 0u);
+        }
 }
 
 // --- Sorting

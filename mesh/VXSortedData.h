@@ -18,13 +18,17 @@ struct VXSortedSet
 };
 
 /// Which edges of an element are drawn as lines, and why, in the edge-flag words below. An edge is marked in the
-/// elements on both its sides. A texture seam splits vertices as a crease does, but is no line.
+/// elements on both its sides. A texture seam splits vertices as a crease does, but is no line. Silhouettes have bits
+/// of their own, since they alone follow the view: VXGeom::ComputeBackfacingToVertex writes them anew and leaves the
+/// rest.
 enum VXElementEdgeFlag : std::uint32_t
 {
-    kElementEdgeDrawn = 1u << 0,     ///< bit k: draw the edge that starts at corner k (k = 0 .. 3)
-    kElementEdgeCrease = 1u << 8,    ///< some edge of the element is drawn because it is a crease
-    kElementEdgeOpen = 1u << 9,      ///< ... because it has only one polygon
-    kElementEdgeMaterial = 1u << 10, ///< ... because the materials differ across it
+    kElementEdgeDrawn = 1u << 0,      ///< bit k: draw the edge that starts at corner k (k = 0 .. 3), in every view
+    kElementEdgeOutline = 1u << 4,    ///< bit k: draw it, too, as a silhouette from the last viewpoint
+    kElementEdgeCrease = 1u << 8,     ///< some edge of the element is drawn because it is a crease
+    kElementEdgeOpen = 1u << 9,       ///< ... because it has only one polygon
+    kElementEdgeMaterial = 1u << 10,  ///< ... because the materials differ across it
+    kElementEdgeSilhouette = 1u << 11 ///< ... because one side faces the last viewpoint and the other does not
 };
 
 /// The kinds of element that drawing tells apart, in the order of VXSetIterator's runs.

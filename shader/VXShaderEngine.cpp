@@ -130,6 +130,8 @@ static void LoadImage(VXSceneDrawEngine& drawEngine, VXShaderBindingTexture& tex
     int id = 0;
     drawEngine.LoadTextureForShader(texture.FileName(), id);
     texture.SetTexID(id != 0 ? id : int(VXShaderBindingTexture::kFailed));
+    if (id == 0)
+        VXShaderDebug("Texture %s could not be loaded\n", texture.FileName().CString());
 }
 
 std::uint32_t VXShaderEngine::LoadNoise()

@@ -61,8 +61,8 @@ public:
 
     // --- Textures of a program, by the draw engine's texture hooks
 
-    /// Loads what is not loaded yet. An image that fails is marked so in its binding and never asked for again; every
-    /// 3D sampler gets the one noise volume, which the first of them has the draw engine make.
+    /// Loads what is not loaded yet. An image that fails is noted in the debug log, marked so in its binding
+    /// and never asked for again; every 3D sampler gets the one noise volume, which the first of them has made.
     void LoadShaderTextures(VXMaterial* material, VXShaderProgram* program);
     /// Binds what is loaded: the image at place i of the list to unit i, except that place 1 uses unit 0 too; the noise
     /// volume to unit 1.

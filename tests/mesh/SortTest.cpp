@@ -325,3 +325,42 @@ TEST(SortedData, IsEmptyAndNotSortedWhenMemoryRunsOut)
     EXPECT_TRUE(done);
     EXPECT_GE(failures, 5) << "keys, table, runs, indices and flags each need memory";
 }
+
+// Silhouettes follow the viewpoint, whether sorting comes before looking or after; all other bits stay.
+TEST(SortedData, MarksSilhouettesOfTheLastViewpoint)
+{
+    for (const TestMesh& mesh : {Torus(12, 9), MoebiusStrip(9), Cube(), Mirrored(Cube())})
+    {
+        SCOPED_TRACE(mesh.name);
+        const std::unique_ptr<VXGeom> geom = Wrapped(mesh, true);
+        geom->SortGeomData();
+        const VXSortedBucket& quads = geom->Sorted(VXElementKind::Quads);
+        const auto words = [&] { return std::vector<std::uint32_t>(quads.edgeFlags, quads.edgeFlags + quads.count); };
+        const std::vector<std::uint32_t> unseen = words();
+        std::vector<std::uint32_t> before;
+        for (const VERTEX& eye : {VERTEX{9, 2, 3}, VERTEX{-3, 8, -7}})
+        {
+            geom->ComputeBackfacingToVertex(&eye);
+            int marked = 0;
+            for (int i = 0; i < quads.count; ++i)
+            {
+                EXPECT_EQ(quads.edgeFlags[i] & 0x70Fu, unseen[std::size_t(i)] & 0x70Fu);
+                EXPECT_EQ((quads.edgeFlags[i] & 0xF0u) != 0, (quads.edgeFlags[i] & kElementEdgeSilhouette) != 0);
+                for (int corner = 0; corner < 4; ++corner)
+                {
+                    const int from = geom->OrigVertIndex(quads.corners[4 * i + corner]);
+                    const int to = geom->OrigVertIndex(quads.corners[4 * i + (corner + 1) % 4]);
+                    const VXEdge& edge = geom->EdgeList().GetEdge(geom->EdgeList().FindEdge(from, to, quads.polys[i]));
+                    const bool drawn = (quads.edgeFlags[i] & kElementEdgeOutline << corner) != 0;
+                    EXPECT_EQ(drawn, edge.IsBoundaryEdge()) << i << " " << corner;
+                    marked += drawn;
+                }
+            }
+            EXPECT_GE(marked, 2);
+            EXPECT_NE(words(), before);
+            before = words();
+            geom->SortGeomData();
+            EXPECT_EQ(words(), before) << "sorted after looking";
+        }
+    }
+}

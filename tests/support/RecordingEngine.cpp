@@ -96,6 +96,20 @@ void RecordingEngine::UpdateShadersNow(VXScene*)
     Log("UpdateShadersNow", ShaderEngine()->IsActive() ? "active" : "inactive");
 }
 
+int RecordingEngine::LoadTextureForShader(const BString& path, int& id)
+{
+    Log("LoadTextureForShader", path.Std());
+    if (const auto found = textures.find(path.Std()); found != textures.end())
+        id = found->second;
+    return -1; // not looked at
+}
+
+int RecordingEngine::CreateNoiseTexture()
+{
+    Log("CreateNoiseTexture");
+    return 500;
+}
+
 void RecordingEngine::SetLineWidth(float pixels) { Log("SetLineWidth", BString::Format("%g", double(pixels)).Std()); }
 
 void RecordingEngine::BeginObject(VXObject* object)

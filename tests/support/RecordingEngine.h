@@ -5,6 +5,7 @@
 #include "draw/VXSceneDrawOptions.h"
 
 #include <initializer_list>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -19,8 +20,9 @@ public:
     ~RecordingEngine() override { DeleteShaderEngine(); } ///< whose programs log their end
 
     VXSceneDrawOptions options;
-    int styledAnswer = 0;     ///< what DrawStyledScene answers
-    bool drawsStyled = false; ///< DrawStyledScene draws the polygons in the pick pass
+    std::map<std::string, int> textures; ///< images that can be loaded, and the names they get; noise gets 500
+    int styledAnswer = 0;                ///< what DrawStyledScene answers
+    bool drawsStyled = false;            ///< DrawStyledScene draws the polygons in the pick pass
 
     /// Keeps only the lines of these hooks; an empty list keeps all again.
     void Only(std::initializer_list<const char*> hooks) { mOnly = {hooks.begin(), hooks.end()}; }
@@ -47,6 +49,10 @@ public:
     void UpdateShadersNow(VXScene*) override;
     void UpdateShadersLater() override { Log("UpdateShadersLater"); }
     void SetShaderRecompiled(bool on) override { Log("SetShaderRecompiled", OnOff(on)); }
+    int LoadTextureForShader(const BString& path, int& id) override;
+    int CreateNoiseTexture() override;
+    void EnableMultitexture2D(int id, int unit) override { LogUnit("EnableMultitexture2D", id, unit); }
+    void EnableMultitexture3D(int id, int unit) override { LogUnit("EnableMultitexture3D", id, unit); }
     void DisableMultitexture2D() override { Log("DisableMultitexture2D"); }
     void BeginEffect(const BString& name) override { Log("BeginEffect", name.Std()); }
     void EndEffect(const BString& name) override { Log("EndEffect", name.Std()); }
@@ -102,6 +108,7 @@ private:
     static std::string OnOff(bool on) { return on ? "on" : "off"; }
     std::string ModeName(const VXMaterial* mode) const;
     std::string Here() const; ///< the object being drawn, and which of its geometries when it is the surface
+    void LogUnit(const char* hook, int id, int unit) { Log(hook, std::to_string(id) + " " + std::to_string(unit)); }
     void LogArray(const std::string& hook, const void* array, int count);
 
     std::set<std::string> mOnly;

@@ -1,0 +1,83 @@
+// VelmarBase: viewer.
+#pragma once
+
+#include "Panels.h"
+#include "Script.h"
+
+#include "host/gl/Framebuffer.h"
+
+#include <memory>
+
+struct GLFWwindow;
+
+namespace vx::view
+{
+
+/// The window in which a session is shown: OpenGL context, events, the picture and the panels around it. Draws only
+/// when something has changed; waits for events otherwise. One for each process.
+class Window : public ScriptHost
+{
+public:
+    explicit Window(Session& session);
+    ~Window() override;
+
+    /// What keeps a window from being had.
+    enum class Trouble
+    {
+        Nothing,
+        NoDisplay,
+        NoOpenGL,
+    };
+    struct Wishes
+    {
+        int width = 0, height = 0; ///< of the picture; 0 for what suits the screen
+        bool panels = true;
+        float scale = 1; ///< of panels and lines, beside the screen's own
+    };
+    Trouble Open(const Wishes& wishes, BString& problem);
+
+    /// Until it is closed, or the script has failed. @return empty, or what went wrong
+    BString Run(Script* script);
+
+    // What scripts ask
+    Session& GetSession() override { return mSession; }
+    Controls& GetControls() override { return mControls; }
+    BString Resize(int width, int height) override;
+    BString Screenshot(const BPath& file) override;
+    BString WindowShot(const BPath& file) override;
+    void Wait(double seconds) override;
+    BString DrawNow() override;
+
+private:
+    /// Of the picture in the window's framebuffer, whose origin is below; device pixels.
+    struct Place
+    {
+        int x = 0, y = 0, width = 0, height = 0;
+    };
+    void ListenToEvents();
+    void StartPanels();
+    void ApplyScale();
+    void FitTitle();
+    Place PictureNow() const;
+    float Density() const; ///< device pixels for each unit of events
+    bool OverPicture(double x, double y, float& pictureX, float& pictureY) const;
+    void LookAround(); ///< files, messages, wishes of the controls
+    void Draw();       ///< one frame of the window; the picture only when it is stale
+    void DrawPicture(const Place& place);
+    void WaitForEvents();
+
+    Session& mSession;
+    Controls mControls;
+    Panels mPanels;
+    GLFWwindow* mWindow = nullptr;
+    bool mPanelsStarted = false;
+    float mOwnScale = 1;
+    bool mScaleStale = true;
+    Framebuffer mTarget;
+    std::string mTitle;
+    int mRedraws = 3; ///< frames that panels need to settle after an event
+    double mNextLook = 0;
+    bool mTellingShown = false;
+};
+
+} // namespace vx::view
