@@ -21,12 +21,14 @@ namespace vx
 // Larger pictures are drawn in tiles: a multisampled target of this side takes 128 MiB.
 static constexpr int kTileSide = 2048;
 
-/// Remembers which objects could not be subdivided.
+/// Remembers which objects could not be subdivided, and how large the scene is.
 class SubdivisionWatch : public VXSceneDelegate
 {
 public:
     void NotifyForFailedSubdivision(VXObject* object) override { mFailed.Append(object->ExternalName()); }
+    float SceneGeometricEdgeDistance() override { return mSize; }
     BArray<BString> mFailed;
+    float mSize = 1;
 };
 
 struct Preview::Context
@@ -195,6 +197,20 @@ void Preview::ApplySubdivision(const PreviewOptions& options)
     }
 }
 
+// A quarter of the diagonal of what is there: edge lines then stand off by about half a pixel when it fills a picture.
+static float EdgeDistanceOf(const VXScene& scene)
+{
+    VXBBox all;
+    for (std::int64_t i = 0; i < scene.NumObjects(); ++i)
+        if (const VXObject* const object = scene.Object(int(i)); object && object->InternalName() != "GROUND")
+        {
+            VXBBox box = object->BoundingBox();
+            box.Transform(object->GetTransform());
+            all.Extend(box);
+        }
+    return all.Initialized() ? 0.25f * Length(all.Max() - all.Min()) : 0.0f;
+}
+
 void Preview::Derive(const PreviewOptions& options)
 {
     const VXSwitches::Scoped scheme(VXSwitches::OpenSubdivOn, VXSwitches::SetOpenSubdivOn,
@@ -202,6 +218,7 @@ void Preview::Derive(const PreviewOptions& options)
     ApplySubdivision(options);
     mScene->UpdateDerivedData();
     TellOfFailures();
+    mContext->watch.mSize = EdgeDistanceOf(*mScene);
 }
 
 void Preview::TellOfFailures()

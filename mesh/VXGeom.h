@@ -464,6 +464,7 @@ private:
     void TakeRefined(VXGeom& fresh);
     std::size_t SubdivMemoryUsed() const;
     bool FillSortedData(); // false when memory ran out
+    void RefreshSilhouetteFlags();
     void PutVertsBack();   // ends the stand-in of a temporary vertex array
     /// The host's array takes the place of what was held; that is freed when it is ours.
     template <class T>

@@ -112,22 +112,20 @@ void Framebuffer::CopyToWindow(int x, int y)
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
 }
 
-PicturePtr Framebuffer::ReadBack(bool keepAlpha)
+// Of the framebuffer that is bound for reading, top row first.
+static PicturePtr ReadPixels(int width, int height, bool keepAlpha)
 {
-    PicturePtr picture(CPB_Offscreen::Create(mWidth, mHeight, 32, true, keepAlpha));
+    PicturePtr picture(CPB_Offscreen::Create(width, height, 32, true, keepAlpha));
     if (!picture)
         return nullptr;
-    Average();
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    glReadPixels(0, 0, mWidth, mHeight, GL_RGBA, GL_UNSIGNED_BYTE, picture->Pixels());
-    glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
-
-    for (int y = 0; y < mHeight / 2; ++y) // OpenGL's first row is the lowest
-        std::swap_ranges(picture->Row(y), picture->Row(y) + picture->RowBytes(), picture->Row(mHeight - 1 - y));
-    for (int y = 0; y < mHeight; ++y)
+    glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, picture->Pixels());
+    for (int y = 0; y < height / 2; ++y) // OpenGL's first row is the lowest
+        std::swap_ranges(picture->Row(y), picture->Row(y) + picture->RowBytes(), picture->Row(height - 1 - y));
+    for (int y = 0; y < height; ++y)
     {
         std::uint8_t* pixel = picture->Row(y);
-        for (int x = 0; x < mWidth; ++x, pixel += 4)
+        for (int x = 0; x < width; ++x, pixel += 4)
         {
             if (keepAlpha)
                 DivideByAlpha(pixel);
@@ -136,5 +134,19 @@ PicturePtr Framebuffer::ReadBack(bool keepAlpha)
         }
     }
     return picture;
+}
+
+PicturePtr Framebuffer::ReadBack(bool keepAlpha)
+{
+    Average();
+    PicturePtr picture = ReadPixels(mWidth, mHeight, keepAlpha);
+    glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
+    return picture;
+}
+
+PicturePtr Framebuffer::ReadWindow(int width, int height)
+{
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    return ReadPixels(width, height, false);
 }
 } // namespace vx

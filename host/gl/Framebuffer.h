@@ -32,6 +32,9 @@ public:
     /// @param x, y where the lower left corner goes, from that of the window
     void CopyToWindow(int x, int y);
 
+    /// The same of the window's own framebuffer, after drawing and before its buffers are swapped.
+    static PicturePtr ReadWindow(int width, int height);
+
     int Width() const { return mWidth; }
     int Height() const { return mHeight; }
     int Samples() const { return mSamples; } ///< what the driver gave

@@ -77,13 +77,11 @@ public:
     bool NeedTangents(); ///< along u and v; the mesh's own where all corners of a vertex agree
     bool NeedPolyNormals();
     bool NeedEdges();
-    bool NeedHaberlines();
     bool NeedLineElements();
 
     // --- Ranges of elements [first, first + count) of a kind
     Range Triangles(VXElementKind kind, std::int32_t first, std::int32_t count) const;
     Range Edges(VXElementKind kind, std::int32_t first, std::int32_t count) const;
-    Range Haberlines(VXElementKind kind, std::int32_t first, std::int32_t count) const;
     Range LineElements(VXElementKind kind, std::int32_t first, std::int32_t count) const; ///< points: Points()
 
     // --- Outlines: pairs of vertices, gathered anew in every frame
@@ -100,7 +98,6 @@ public:
     const GpuArray& TrianglePolys() const { return mTrianglePolys; }
     const GpuArray& PolyNormals() const { return mPolyNormals; }
     const GpuArray& EdgePairs() const { return mEdges; }
-    const GpuArray& HaberlinePairs() const { return mHaberlines; }
     const GpuArray& LinePairs() const { return mLines; }
     const GpuArray& Points() const { return mPoints; }
     const GpuArray& OutlinePairs() const { return mOutline; }
@@ -114,9 +111,8 @@ private:
         kUVs = 1u << 3,
         kPolyNormals = 1u << 4,
         kEdges = 1u << 5,
-        kHaberlines = 1u << 6,
-        kLineElements = 1u << 7,
-        kTangents = 1u << 8,
+        kLineElements = 1u << 6,
+        kTangents = 1u << 7,
     };
     bool BeginPiece(Piece piece); ///< true when the piece must be looked at
     std::uint64_t TopologyHash() const;
@@ -143,14 +139,13 @@ private:
     BArray<std::int32_t> mTriangles;         ///< scratch of BuildTriangles
     BArray<std::int32_t> mFirstTriangle;     ///< by rank of the element, and one more
     BArray<std::int32_t> mFirstEdge;         ///< by rank, and one more
-    BArray<std::int32_t> mFirstHaberline;    ///< by rank among quads and triangles, and one more
     BArray<std::int32_t> mFirstLine;         ///< by line element, and one more
 
     GpuArray mPositions{GpuArray::Texels::Floats}, mNormals{GpuArray::Texels::Floats};
     GpuArray mSurfacePositions, mSurfaceNormals, mUVs, mIndices, mTangents, mBinormals;
     GpuArray mTrianglePolys{GpuArray::Texels::Ints}, mPolyNormals{GpuArray::Texels::Floats};
-    GpuArray mEdges{GpuArray::Texels::IntPairs}, mHaberlines{GpuArray::Texels::IntPairs};
-    GpuArray mLines{GpuArray::Texels::IntPairs}, mOutline{GpuArray::Texels::IntPairs};
+    GpuArray mEdges{GpuArray::Texels::IntPairs}, mLines{GpuArray::Texels::IntPairs},
+        mOutline{GpuArray::Texels::IntPairs};
     GpuArray mPoints{GpuArray::Texels::Ints};
 };
 } // namespace vx

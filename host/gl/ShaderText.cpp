@@ -110,7 +110,8 @@ void main()
     oColor = Cued(vec4(Encoded(uKd), 1.0 - smoothstep(0.25, 1.0, away)), -vPosition.z);
 #else
     vec3 n = ShadingNormal();
-    vec3 kd = gl_FrontFacing ? uKd : uBack;
+    // Seen along the surface, which side it is means nothing: back faces would speckle the rim of a body.
+    vec3 kd = gl_FrontFacing ? uKd : mix(uKd, uBack, smoothstep(0.1, 0.3, abs(dot(n, ToViewer()))));
     float texel = 1.0;
 #ifdef TEXTURE
     vec4 texture = texture2D(uTexture, vUV);
@@ -159,6 +160,7 @@ uniform isamplerBuffer uSegments;  // two vertices for each segment; one for eac
 uniform mat4 uModelView;
 uniform mat3 uNormalMatrix;
 uniform mat4 uToClip;
+uniform float uOffset;             // along the normals, object units
 uniform float uWidth;              // device pixels
 uniform float uBias;               // of normalised depth, towards the viewer
 uniform vec4 uLineColor;           // as it is written
@@ -185,6 +187,10 @@ void main()
     ivec2 ends = texelFetch(uSegments, e).rg;
 #endif
     vec3 a = Fetch(uPositions, ends.x), b = Fetch(uPositions, ends.y);
+#ifdef PUSHED
+    a += uOffset * Fetch(uNormals, ends.x);
+    b += uOffset * Fetch(uNormals, ends.y);
+#endif
     vec4 clipA = uToClip * vec4(a, 1.0), clipB = uToClip * vec4(b, 1.0);
 
     // What lies behind the viewer has no place on the screen: the segment ends at the near plane.

@@ -221,7 +221,8 @@ void VXGLDrawEngine::SetColorArray(VERTEX* colors, int count) { mColorData = cou
 
 void VXGLDrawEngine::PrepareGeometry(VXGeom* geom)
 {
-    mBuffers = mReady && CurrentObject() ? &GeometryOf(CurrentObject(), CurrentDrawGeom(), geom).buffers : nullptr;
+    mGeometry = mReady && CurrentObject() ? &GeometryOf(CurrentObject(), CurrentDrawGeom(), geom) : nullptr;
+    mBuffers = mGeometry ? &mGeometry->buffers : nullptr;
     if (mBuffers)
         mBuffers->SetArrays(geom, mVertexArrayData, mVertexCount, mNormalData);
 }
@@ -244,6 +245,7 @@ VXGLDrawEngine::Geometry& VXGLDrawEngine::GeometryOf(VXObject* object, int drawG
     {
         geometry.buffers.MarkStale();
         geometry.vectors.MarkStale();
+        geometry.edgeLines.MarkStale();
         object->SetPolyDisplayListReady(true, drawGeom);
         object->SetLineDisplayListReady(true, drawGeom);
     }

@@ -4,6 +4,7 @@
 #include "VelmarHostExport.h"
 #include "draw/VXSceneDrawEngine.h"
 #include "draw/VXSceneDrawOptions.h"
+#include "host/gl/EdgeLines.h"
 #include "host/gl/GeomBuffers.h"
 #include "host/gl/PolyMarks.h"
 #include "host/gl/Program.h"
@@ -129,6 +130,7 @@ private:
     /// How far lines stand before their surface, in normalised depth. The planes are fitted to the content, so this is
     /// a share of its size.
     static constexpr float kLineBias = 4e-4f;
+    static constexpr float kSilhouetteBias = 2 * kLineBias; ///< half of one lies on the surface that turns away there
     struct LineStyle
     {
         float width = 1; ///< pixels of the finished picture
@@ -138,6 +140,8 @@ private:
         float fadeBelow = 0, fadeTo = 1, fadeFar = 0;
         bool lit = false;
         VXMaterialColor4 kd;
+        const vx::GpuArray* pushed = nullptr; ///< normals of the vertices, along which lines are pushed off the surface
+        float offset = 0;                     ///< by this much, object units
     };
     struct Geometry
     {
@@ -145,6 +149,7 @@ private:
         std::int64_t lastFrame = 0;
         vx::GeomBuffers buffers;
         vx::VectorLines vectors;
+        vx::EdgeLines edgeLines;
         std::map<int, vx::PolyMarks> marks;
     };
 
@@ -256,7 +261,8 @@ private:
     VERTEX* mNormalData = nullptr;
     VERTEX* mColorData = nullptr;
     VXMaterial* mMaterial = nullptr;
-    vx::GeomBuffers* mBuffers = nullptr;
+    Geometry* mGeometry = nullptr;
+    vx::GeomBuffers* mBuffers = nullptr; ///< of that geometry
     vx::GpuArray mColors;
     BArray<std::int32_t> mOutlinePairs;
 

@@ -57,9 +57,11 @@ void VXGLDrawEngine::DrawSegmentsBetween(const vx::GpuArray& positions, const vx
     if (range.count < 1 || !ReserveSegments(range.first + range.count))
         return;
     const bool lit = style.lit && mBuffers->NeedNormals();
-    const std::string defines = std::string(points ? "#define POINTS\n" : "") + (lit ? "#define LIT\n" : "");
-    vx::Program* const program = Variant(0x40000000u + (points ? 1u : 0u) + (lit ? 2u : 0u), "lines", defines,
-                                         vx::text::kLineVertex, vx::text::kLineFragment);
+    const bool pushed = !lit && style.offset != 0 && style.pushed && style.pushed->Bytes() > 0;
+    const std::string defines = std::string(points ? "#define POINTS\n" : "") + (lit ? "#define LIT\n" : "") +
+                                (pushed ? "#define PUSHED\n" : "");
+    const std::uint32_t key = 0x40000000u + (points ? 1u : 0u) + (lit ? 2u : 0u) + (pushed ? 4u : 0u);
+    vx::Program* const program = Variant(key, "lines", defines, vx::text::kLineVertex, vx::text::kLineFragment);
     if (!program)
         return;
     glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);
@@ -72,7 +74,9 @@ void VXGLDrawEngine::DrawSegmentsBetween(const vx::GpuArray& positions, const vx
     glUniform3f(program->Uniform("uKd"), Linear(style.kd.TotalRed()), Linear(style.kd.TotalGreen()),
                 Linear(style.kd.TotalBlue()));
     glUniform4f(program->Uniform("uFade"), style.fadeBelow * mPixelScale, style.fadeTo, style.fadeFar, 0);
-    const GLuint textures[3] = {positions.Texture(), lit ? mBuffers->Normals().Texture() : 0, pairs.Texture()};
+    glUniform1f(program->Uniform("uOffset"), style.offset);
+    const GLuint normals = lit ? mBuffers->Normals().Texture() : (pushed ? style.pushed->Texture() : 0);
+    const GLuint textures[3] = {positions.Texture(), normals, pairs.Texture()};
     for (GLuint k = 0; k < 3; ++k)
     {
         glActiveTexture(GL_TEXTURE1 + k);
@@ -159,16 +163,30 @@ void VXGLDrawEngine::DrawLineElements(const VXElementBatch& batch)
 void VXGLDrawEngine::DrawHaberlineSets(VXMaterial* material, int count, const std::uint32_t* /*indices*/,
                                        const std::uint32_t* edgeFlags, int corners)
 {
-    if (!mBuffers || IsGround(CurrentObject()) || !mBuffers->NeedHaberlines())
+    if (!mBuffers || IsGround(CurrentObject()) || !mBuffers->NeedPositions())
+        return;
+    VXGeom& geom = *mBuffers->Geom();
+    vx::EdgeLines& lines = mGeometry->edgeLines;
+    if (!lines.Update(geom, HaberlinesWelded()))
         return;
     const VXElementKind kind = corners == 4 ? VXElementKind::Quads : VXElementKind::Triangles;
-    const std::ptrdiff_t first = edgeFlags - mBuffers->Geom()->Sorted(kind).edgeFlags;
+    const std::int32_t first = std::int32_t(edgeFlags - geom.Sorted(kind).edgeFlags);
     LineStyle style;
     style.width = kCreaseWidth;
     style.color = material->HaberlineColor();
     style.alpha = 0.9f;
     style.bias = kLineBias;
-    DrawSegments(mBuffers->HaberlinePairs(), mBuffers->Haberlines(kind, std::int32_t(first), count), style);
+    style.offset = material->HaberlineOffset();
+    style.pushed = &lines.Normals();
+    DrawSegments(lines.Pairs(), lines.Lines(kind, first, count), style);
+    // Styles with an outline show silhouettes by themselves.
+    const bool outlined = EffectiveMode(CurrentObject()->DefaultMaterial(), Scene()->SceneMaterial())->GetFlagOutline();
+    if (!outlined && lines.UpdateOutline(geom, mPlacement.modelView))
+    {
+        style.width = kSilhouetteWidth;
+        style.bias = kSilhouetteBias;
+        DrawSegments(lines.OutlinePairs(), lines.Outline(kind, first, count), style);
+    }
     SetDepthState(true, true);
 }
 
@@ -195,8 +213,7 @@ void VXGLDrawEngine::FlushOutline()
     style.width = kSilhouetteWidth;
     style.color = mPassMode && !mPassMode->GetFlagBlackLines() ? mPassMode->LineColor() : VXMaterialColor4(0, 0, 0, 1);
     style.alpha = alone ? 1.0f : 0.92f;
-    // Half of a silhouette lies on the surface that turns away beneath it.
-    style.bias = 2 * kLineBias;
+    style.bias = kSilhouetteBias;
     DrawSegments(mBuffers->OutlinePairs(), {0, count}, style);
     mOutlinePairs.Empty();
 }

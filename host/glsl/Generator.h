@@ -31,10 +31,11 @@ struct NoiseVolume
 ///     int  uTones      number of tones of a toon style; 0: lit
 ///     vec3 uBack       linear; colour of back faces, in place of the diffuse colour or, where this is a pattern, of
 ///                      the factor of the pattern
-///     int  uAlphaPass  1: alpha is written, for blending; 0: opaque, textures cut out where they are clear
+///     int  uAlphaPass  1: alpha is written, for blending; 0: opaque, pictures cut out where they are clear. Only where
+///                      the tree can be clear
 ///     sampler2D uBackPicture   the unit of the background picture, kBackPictureUnit
 /// Those that a program does not use are not in `uniforms`.
-struct GlslSource
+struct VELMAR_HOST_EXPORT GlslSource
 {
     /// A sampler of the fragment text. The list stands in the order in which the shader engine binds textures, whose
     /// units follow from the place: see Generator.cpp.
