@@ -110,8 +110,7 @@ void main()
     oColor = Cued(vec4(Encoded(uKd), 1.0 - smoothstep(0.25, 1.0, away)), -vPosition.z);
 #else
     vec3 n = ShadingNormal();
-    // Seen along the surface, which side it is means nothing: back faces would speckle the rim of a body.
-    vec3 kd = gl_FrontFacing ? uKd : mix(uKd, uBack, smoothstep(0.1, 0.3, abs(dot(n, ToViewer()))));
+    vec3 kd = Sided(n, uKd, uBack);
     float texel = 1.0;
 #ifdef TEXTURE
     vec4 texture = texture2D(uTexture, vUV);
@@ -145,7 +144,7 @@ void main()
 
 const std::string& SurfaceFragment()
 {
-    static const std::string text = std::string(kSurfaceInputs) + kFacing + kShadingNormal + kToViewer + kToLight +
+    static const std::string text = std::string(kSurfaceInputs) + kFacing + kShadingNormal + kToViewer + kSided + kToLight +
                                     kAddLight + kAmbient + "#ifdef FAR_LIGHTS" + kGatherFarLights + "#else" +
                                     kGatherLight + "#endif" + kShoulder + kToned + kAlpha + kSurfaceMain;
     return text;

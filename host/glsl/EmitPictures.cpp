@@ -43,9 +43,9 @@ Term EmitNormalMap(Emitter& emitter, const TreeNode& node)
     const bool down = Emitter::Choice(node, "Green") == "down";
     const float factor[3] = {strength, down ? -strength : strength, 1};
     Term term;
-    term.text = "(" + texel + " * (255.0 / 127.0) - 128.0 / 127.0)";
+    term.text = texel + " * (255.0 / 127.0) - 128.0 / 127.0";
     if (strength != 1 || down)
-        term.text += " * " + Literal(factor);
+        term.text = "(" + term.text + ") * " + Literal(factor);
     return term;
 }
 } // namespace vx::glsl

@@ -91,8 +91,8 @@ public:
         if (!e.Prepare(mRoot, {"Diffuse_Color", "Diffuse_Value"}))
             return;
         const Product diffuse = ProductOf(e, mRoot, "Diffuse_Color", "Diffuse_Value");
-        const std::string side = "gl_FrontFacing ? " + diffuse.factor + " : uBack";
-        e.Line("vec3 Diffuse = " + (diffuse.pattern.empty() ? side : diffuse.pattern + " * (" + side + ")") + ";");
+        const std::string side = "Sided(normal, " + diffuse.factor + ", uBack)";
+        e.Line("vec3 Diffuse_result = " + (diffuse.pattern.empty() ? side : diffuse.pattern + " * " + side) + ";");
         Light("Highlight", "Highlight_Color", "Highlight_Value", mShine);
         Light("Translucence", "Translucence_Color", "Translucence_Value", mThrough);
         Light("Ambient", "Ambient_Color", "Ambient_Value", mGlow);
@@ -104,7 +104,7 @@ public:
     {
         e.Line("vec3 color;");
         e.Line("if (uTones > 0)");
-        e.Line("    color = Toned(normal, Diffuse, uTones)" + mGlow + ";");
+        e.Line("    color = Toned(normal, Diffuse_result, uTones)" + mGlow + ";");
         e.Line("else");
         e.Line("{");
         e.Line("    vec3 diffuse, specular;");
@@ -115,7 +115,7 @@ public:
             e.Line("    vec3 through, unseen;");
             e.Line("    GatherLight(-normal, 1.0, through, unseen);");
         }
-        e.Line("    color = Shoulder(Diffuse * diffuse" + (mShine.empty() ? "" : mShine + " * specular") +
+        e.Line("    color = Shoulder(Diffuse_result * diffuse" + (mShine.empty() ? "" : mShine + " * specular") +
                (mThrough.empty() ? "" : mThrough + " * through") + mGlow + ");");
         e.Line("}");
         e.Line("oColor.rgb = Encoded(color) + Dither() / 255.0;");
@@ -142,13 +142,16 @@ private:
         e.Line("    oColor.a = Alpha(normal, " + alpha + ", " + Share(e, mRoot, "Transparency_Min") + ", " +
                Share(e, mRoot, "Transparency_Max") + ", " + e.Float(mRoot, "Transparency_Falloff") + ", " +
                Literal(std::clamp(least, 0.0f, 1.0f)) + ");");
+        if (alpha == "1.0")
+        {
+            e.Line("else");
+            e.Line("    oColor.a = 1.0;");
+            return;
+        }
         e.Line("else");
         e.Line("{");
-        if (alpha != "1.0")
-        {
-            e.Line("    if (" + alpha + " < 0.5)");
-            e.Line("        discard; // cut-outs, such as leaves");
-        }
+        e.Line("    if (" + alpha + " < 0.5)");
+        e.Line("        discard; // cut-outs, such as leaves");
         e.Line("    oColor.a = 1.0;");
         e.Line("}");
     }
@@ -175,16 +178,18 @@ private:
     {
         if (IsBlack(mRoot, color, value) || !e.Prepare(mRoot, {color, value}))
             return;
-        e.Line(std::string("vec3 ") + name + " = " + ProductOf(e, mRoot, color, value).Text() + ";");
-        sum += std::string(" + ") + name;
+        const std::string result = VarName(name, "result");
+        e.Line("vec3 " + result + " = " + ProductOf(e, mRoot, color, value).Text() + ";");
+        sum += " + " + result;
     }
 
     void Added(const char* input)
     {
         if (Emitter::IsPlain(mRoot, input, 0) || !e.Prepare(mRoot, {input}))
             return;
-        e.Line(std::string("vec3 ") + input + " = " + e.Color(mRoot, input) + ";");
-        mGlow += std::string(" + ") + input;
+        const std::string result = VarName(input, "result");
+        e.Line("vec3 " + result + " = " + e.Color(mRoot, input) + ";");
+        mGlow += " + " + result;
     }
 
     Emitter& e;

@@ -68,9 +68,9 @@ std::string FragmentText(const Emitter& emitter)
     for (const GlslSource::Texture& texture : emitter.textures)
         if (texture.type != "none")
             text += "uniform " + texture.type + " " + texture.sampler + ";\n";
-    for (const char* const piece :
-         {text::kFrame, text::kEncoded, text::kDither, text::kBackground, text::kCued, text::kFacing, text::kToViewer,
-          text::kToLight, text::kAddLight, text::kAmbient, text::kGatherLight, text::kShoulder, text::kToned})
+    for (const char* const piece : {text::kFrame, text::kEncoded, text::kDither, text::kBackground, text::kCued,
+                                    text::kFacing, text::kToViewer, text::kSided, text::kToLight, text::kAddLight,
+                                    text::kAmbient, text::kGatherLight, text::kShoulder, text::kToned})
         text += piece;
     return text + glsl::PieceText(emitter) + "\nvoid main()\n{\n" + emitter.body + "}\n";
 }

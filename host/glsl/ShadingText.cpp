@@ -100,6 +100,14 @@ const char* const kToViewer = R"(
 vec3 ToViewer() { return uViewport.w > 0.5 ? vec3(0.0, 0.0, 1.0) : normalize(-vPosition); }
 )";
 
+const char* const kSided = R"(
+// Seen along the surface, which side it is means nothing: back faces would speckle the rim of a body.
+vec3 Sided(vec3 n, vec3 front, vec3 back)
+{
+    return gl_FrontFacing ? front : mix(front, back, smoothstep(0.1, 0.3, abs(dot(n, ToViewer()))));
+}
+)";
+
 const char* const kToLight = R"(
 // Direction to a light, and how much of it arrives here.
 vec3 ToLight(Light light, out float strength)

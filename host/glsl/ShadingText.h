@@ -18,6 +18,7 @@ VELMAR_HOST_EXPORT extern const char* const kCued;       ///< vec4 Cued(colour, 
 /// vec3 Facing(vec3 normal): of unit length and on the seen side, also where a normal has no length. vPosition.
 VELMAR_HOST_EXPORT extern const char* const kFacing;
 VELMAR_HOST_EXPORT extern const char* const kToViewer; ///< vec3 ToViewer(). vPosition, kFrame
+VELMAR_HOST_EXPORT extern const char* const kSided;    ///< vec3 Sided(normal, front, back): by the side seen. kToViewer
 VELMAR_HOST_EXPORT extern const char* const kToLight;  ///< direction to a light and its strength. vPosition, kFrame
 /// void AddFarLight(...), void AddLight(...): what one light adds to diffuse and specular light. kToLight, kToViewer
 VELMAR_HOST_EXPORT extern const char* const kAddLight;
