@@ -9,9 +9,11 @@
 #include "host/gl/Framebuffer.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/VXGLDrawEngine.h"
+#include "host/glsl/GlslCompiler.h"
 #include "host/import/ElementParts.h"
 #include "host/window/OffscreenContext.h"
 #include "mesh/VXGeom.h"
+#include "shader/VXShaderDebug.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,21 +23,38 @@ namespace vx
 // Larger pictures are drawn in tiles: a multisampled target of this side takes 128 MiB.
 static constexpr int kTileSide = 2048;
 
-/// Remembers which objects could not be subdivided, and how large the scene is.
-class SubdivisionWatch : public VXSceneDelegate
+/// Remembers which objects could not be subdivided, and knows what is asked about: the scene's size, the shaders.
+class PreviewDelegate : public VXSceneDelegate
 {
 public:
-    void NotifyForFailedSubdivision(VXObject* object) override { mFailed.Append(object->ExternalName()); }
-    float SceneGeometricEdgeDistance() override { return mSize; }
-    BArray<BString> mFailed;
-    float mSize = 1;
+    explicit PreviewDelegate(VXGLDrawEngine& engine) : mEngine(engine) {}
+    void NotifyForFailedSubdivision(VXObject* object) override { failed.Append(object->ExternalName()); }
+    float SceneGeometricEdgeDistance() override { return size; }
+    bool WantsShaderDebugging() override { return shaderLog; }
+    BRenderEngines::E_Renderer CurrentPreviewRootRenderType() override
+    {
+        return shaders ? BRenderEngines::kRenderTypeDefault : BRenderEngines::kRenderTypeNoShaders;
+    }
+    void ComputeShaderHash(VXMaterial* material, bool) override
+    {
+        ComputeTreeHashes(*material, GlslOptionsFor(mEngine));
+    }
+
+    BArray<BString> failed;
+    float size = 1;
+    bool shaders = false, shaderLog = false;
+
+private:
+    VXGLDrawEngine& mEngine;
 };
 
 struct Preview::Context
 {
     OffscreenContext offscreen;
     Framebuffer target;
-    SubdivisionWatch watch;
+    PreviewDelegate delegate;
+
+    explicit Context(VXGLDrawEngine& engine) : delegate(engine) {}
 };
 
 static int DeriveBeforeFrame(VXScene* scene, void*)
@@ -45,13 +64,13 @@ static int DeriveBeforeFrame(VXScene* scene, void*)
 }
 
 Preview::Preview()
-    : mContext(std::make_unique<Context>()), mEngine(std::make_unique<VXGLDrawEngine>()),
+    : mEngine(std::make_unique<VXGLDrawEngine>()), mContext(std::make_unique<Context>(*mEngine)),
       mScene(std::make_unique<VXScene>())
 {
     mScene->InitDefaultCameras();
     mScene->SetDrawEngine(mEngine.get());
     mScene->SetPrepareProc(DeriveBeforeFrame, nullptr);
-    mScene->SetSceneDelegate(&mContext->watch);
+    mScene->SetSceneDelegate(&mContext->delegate);
     mEngine->SetTextures(&mModels.Textures());
 }
 
@@ -108,6 +127,13 @@ bool Preview::SetDefaultTexture(const BPath& picture)
     return mError.IsEmpty();
 }
 
+void Preview::SetShaderLog(const BPath& file)
+{
+    VXShaderDebugSetLogFile(file);
+    mContext->delegate.shaderLog = true;
+    VXShaderFileDebugReset();
+}
+
 // --- Context
 
 bool Preview::PrepareContext()
@@ -151,6 +177,18 @@ void Preview::ApplyStyle(const PreviewOptions& options)
         return;
     SetStandardColors(*mScene, top, bottom);
     mScene->ApplyPreset(options.mode);
+}
+
+// Which materials get a program is decided when their trees are met for the first time: another use decides anew.
+void Preview::ApplyShaders(const PreviewOptions& options)
+{
+    const bool used = options.shaders != ShaderUse::Off, all = options.shaders == ShaderUse::On;
+    if (all != mEngine->VetoDeepShaderTest())
+        mEngine->SetDeleteShadersPending(true);
+    mEngine->SetVetoDeepShaderTest(all);
+    mEngine->SetHWShadingAllowed(used);
+    mEngine->DrawOptions()->mHWShading = used;
+    mContext->delegate.shaders = used;
 }
 
 void Preview::ApplyGround(const PreviewOptions& options)
@@ -218,14 +256,20 @@ void Preview::Derive(const PreviewOptions& options)
     ApplySubdivision(options);
     mScene->UpdateDerivedData();
     TellOfFailures();
-    mContext->watch.mSize = EdgeDistanceOf(*mScene);
+    mContext->delegate.size = EdgeDistanceOf(*mScene);
 }
 
 void Preview::TellOfFailures()
 {
-    for (const BString& name : mContext->watch.mFailed)
+    for (const BString& name : mContext->delegate.failed)
         mReport.warnings.Append(name + ": could not be subdivided as far as asked for");
-    mContext->watch.mFailed.Empty();
+    mContext->delegate.failed.Empty();
+}
+
+void Preview::TellOfWarnings()
+{
+    for (const BString& warning : mEngine->TakeWarnings())
+        mReport.warnings.Append(warning);
 }
 
 void Preview::GatherContent(const PreviewOptions& options, BArray<VERTEX>& points, BArray<VERTEX>& around)
@@ -266,6 +310,7 @@ bool Preview::DrawScene(const View& view)
     Mat44 camera;
     MAT_Copy(view.toView, camera);
     mScene->Draw(camera);
+    TellOfWarnings();
     return mEngine->Error().IsEmpty() || Fail(mEngine->Error());
 }
 
@@ -277,6 +322,7 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
     VXScene::SetCurrentScene(mScene.get());
     Derive(options);
     ApplyStyle(options);
+    ApplyShaders(options);
     ApplyGround(options);
     mStyled = true;
     mApplied = options;

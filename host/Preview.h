@@ -73,6 +73,10 @@ public:
     bool Take(GEOM* record, const BString& name, const ImportOptions& options = {}); ///< the record is taken
     bool SetDefaultTexture(const BPath& picture); ///< for all materials that have none
 
+    /// Writes what becomes of shaders to a file, with the text of those that fail. A file that cannot be written is
+    /// left alone.
+    void SetShaderLog(const BPath& file);
+
     // --- Pictures
 
     /// Uses the OpenGL context that is current on this thread instead of making one. Before anything is drawn.
@@ -105,16 +109,18 @@ private:
     bool Fail(const BString& problem);
     bool Took(const VXObject* object);
     void ApplyStyle(const PreviewOptions& options);
+    void ApplyShaders(const PreviewOptions& options);
     void ApplyGround(const PreviewOptions& options);
     void Derive(const PreviewOptions& options);
     void ApplySubdivision(const PreviewOptions& options);
     void TellOfFailures();
+    void TellOfWarnings();
     PicturePtr RenderTiles(const PreviewOptions& options, const View& view, int scale, int samples);
     bool DrawScene(const View& view);
 
     ModelStore mModels; ///< outlives the scene, which points into it
-    std::unique_ptr<Context> mContext;
     std::unique_ptr<VXGLDrawEngine> mEngine;
+    std::unique_ptr<Context> mContext;
     std::unique_ptr<VXScene> mScene;
     ImportReport mReport;
     BString mError, mContextDescription;

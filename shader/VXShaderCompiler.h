@@ -80,7 +80,7 @@ public:
     /// Whether the fixed pipeline cannot draw the material. Only the tree of layer 0 is looked at, and only a root of a
     /// known surface gets a program.
     /// @param deep looks at the root's inputs too; otherwise every known surface needs one
-    bool NeedsShader(VXMaterial* material, bool deep) const;
+    virtual bool NeedsShader(VXMaterial* material, bool deep) const;
     /// @param depth 0 for the root; a node below it always needs a program
     bool NeedsShaderNode(BShaderNode* node, VXMaterial* material, int depth) const;
     /// False for a plain value, a plain colour and an image map that is neither scaled nor moved. Null needs one.

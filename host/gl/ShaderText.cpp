@@ -144,8 +144,8 @@ void main()
 
 const std::string& SurfaceFragment()
 {
-    static const std::string text = std::string(kSurfaceInputs) + kFacing + kShadingNormal + kToViewer + kSided + kToLight +
-                                    kAddLight + kAmbient + "#ifdef FAR_LIGHTS" + kGatherFarLights + "#else" +
+    static const std::string text = std::string(kSurfaceInputs) + kFacing + kShadingNormal + kToViewer + kSided +
+                                    kToLight + kAddLight + kAmbient + "#ifdef FAR_LIGHTS" + kGatherFarLights + "#else" +
                                     kGatherLight + "#endif" + kShoulder + kToned + kAlpha + kSurfaceMain;
     return text;
 }

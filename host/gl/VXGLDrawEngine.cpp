@@ -6,7 +6,9 @@
 #include "host/gl/FrameBlock.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/ShaderText.h"
+#include "host/glsl/GlslCompiler.h"
 #include "mesh/VXGeom.h"
+#include "shader/VXShaderEngine.h"
 
 #include <GL/glew.h>
 
@@ -24,11 +26,7 @@ VXGLDrawEngine::VXGLDrawEngine()
     mOptions.mSuppressBackCull = true; // back faces are shown, in a colour of their own
 }
 
-VXGLDrawEngine::~VXGLDrawEngine()
-{
-    DeleteShaderEngine();
-    ReleaseGL();
-}
+VXGLDrawEngine::~VXGLDrawEngine() { ReleaseGL(); }
 
 BString VXGLDrawEngine::Init()
 {
@@ -38,6 +36,10 @@ BString VXGLDrawEngine::Init()
     glBindBuffer(GL_UNIFORM_BUFFER, mFrameBuffer);
     glBufferData(GL_UNIFORM_BUFFER, sizeof(FrameBlock), nullptr, GL_DYNAMIC_DRAW);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);
+    glGetIntegerv(GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS, &mNumUnits);
+    VXShaderEngine* const shaders = new VXShaderEngine(this);
+    shaders->SetShaderCompiler(new vx::GlslCompiler(shaders, this));
+    SetShaderEngine(shaders);
     mReady = true;
     return vx::PendingGLErrors();
 }
@@ -46,13 +48,12 @@ void VXGLDrawEngine::ReleaseGL()
 {
     if (!mReady)
         return;
+    ReleaseShaders();
     mPrograms.clear();
     mGeometries.clear();
     mColors.Release();
     mBuffers = nullptr;
-    for (const auto& [index, name] : mTextureNames)
-        glDeleteTextures(1, &name);
-    mTextureNames.clear();
+    FreeTextures();
     glDeleteBuffers(1, &mFrameBuffer);
     glDeleteBuffers(1, &mSegmentIndices);
     glDeleteVertexArrays(1, &mVertexArray);
@@ -126,6 +127,7 @@ void VXGLDrawEngine::BeginFrameState()
         return;
     mFrameBegun = true;
     ++mFrame;
+    mRetired.clear();
     mNumDrawCalls = 0;
     mDepthDrawn = false;
     mError.Empty();

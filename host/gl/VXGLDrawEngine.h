@@ -15,12 +15,14 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace vx
 {
+class GlslProgram;
 class TextureTable;
-}
+} // namespace vx
 
 /// The reference draw engine: OpenGL 3.3 with the compatibility profile, GLSL of its own for the look of the fixed
 /// pipeline and better, nothing but the public hooks of VXSceneDrawEngine. Draws into whatever framebuffer and viewport
@@ -35,9 +37,10 @@ public:
     VXGLDrawEngine();
     ~VXGLDrawEngine() override;
 
-    /// Makes what every frame needs. @return empty, or what the driver refused
+    /// Makes what every frame needs, the shader engine too. @return empty, or what the driver refused
     BString Init();
-    void ReleaseGL(); ///< gives back all that lives in the context; Init makes it anew
+    /// Gives back all that lives in the context, the shader engine and all programs too; Init makes it anew.
+    void ReleaseGL();
 
     VXSceneDrawOptions* DrawOptions() override { return &mOptions; }
 
@@ -56,6 +59,19 @@ public:
 
     /// Groups that are shown on all surfaces that have them, over these and hidden by what stands before them.
     void SetHighlights(std::vector<vx::Highlight> highlights) { mHighlights = std::move(highlights); }
+
+    // --- Shaders made of materials' trees: VXGLDrawEngineShaders.cpp. Off until DrawOptions()->mHWShading and
+    // HWShadingAllowed are both on.
+    void SetVetoDeepShaderTest(bool on) { mVetoDeepShaderTest = on; } ///< also for what the fixed surfaces can show
+    /// What generated surfaces are drawn with from now on; null: the fixed ones. Called by programs, while a frame is
+    /// drawn alone.
+    void SetShaderProgram(vx::GlslProgram* program) { mShaderProgram = mFrameBegun ? program : nullptr; }
+    bool InFrame() const { return mFrameBegun; }
+    /// Takes what is left of a program that goes away, whatever context is current: it is deleted with the next frame.
+    void Retire(vx::GlslProgram* going, std::unique_ptr<vx::Program> linked);
+    /// Notes, in one line, what is not as it should be but keeps no picture from being drawn.
+    void Warn(const BString& line);
+    std::vector<BString> TakeWarnings() { return std::exchange(mWarnings, {}); } ///< those since the last call
 
     // --- After a frame
     const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
@@ -94,6 +110,26 @@ public:
     // --- Hooks: VXGLDrawEngineSurfaces.cpp
     void BindMaterial(VXMaterial* material) override { mMaterial = material; }
     void DrawElements(const VXElementBatch& batch) override;
+
+    // --- Hooks: VXGLDrawEngineShaders.cpp
+    void InitShaderEngine() override;
+    void FreeTextures() override;
+    void UpdateShadersNow(VXScene* scene) override;
+    void UpdateShadersLater() override;
+    bool ShaderRecompiled() override { return mShaderRecompiled; } ///< a program was built in the last frame
+    void SetShaderRecompiled(bool on) override { mShaderRecompiled = on; }
+    bool VetoDeepShaderTest() override { return mVetoDeepShaderTest; }
+    /// Reads the picture through the texture table. A name that ends in GlslSource::kLinearMark stands for a picture of
+    /// numbers,
+    /// which are taken as they are written. One that cannot be read is warned of once and never tried again.
+    int LoadTextureForShader(const BString& path, int& id) override;
+    int CreateNoiseTexture() override;
+    void FreeTextureForShader(int id) override;
+    void EnableMultitexture2D(int id, int unit) override;
+    void DisableMultitexture2D() override;
+    void EnableMultitexture3D(int id, int unit) override;
+    void DisableMultitexture3D() override;
+    void UnbindTexture() override;
 
     // --- Hooks: VXGLDrawEngineLines.cpp
     void DrawPolygon(VXGeom* geom, const VXEdge& edge) override;
@@ -182,15 +218,29 @@ private:
     std::uint32_t SurfaceVariant(const VXElementBatch& batch);
     vx::Program* SurfaceProgram(std::uint32_t variant);
     void DrawSurface(const VXElementBatch& batch);
+    vx::Program* UseFixed(const VXElementBatch& batch, std::uint32_t variant);
+    void DrawFilled(const VXElementBatch& batch, const Range& range);
     void SetMaterialUniforms(vx::Program& program, const VXElementBatch& batch, std::uint32_t variant);
+    /// Which arrays a program of surfaces reads, beside positions.
+    struct SurfaceArrays
+    {
+        bool normals = false, uvs = false, colors = false, tangents = false;
+    };
     void BindSurfaceArrays(std::uint32_t variant);
+    void BindArrays(const SurfaceArrays& wanted);
     void DrawTriangles(const Range& range);
     void DrawUnderLines(const VXMaterial* mode, const Range& range);
     vx::Program* MarkProgram();
     void BindMarkArrays(const vx::PolyMarks& marks);
-    std::uint32_t TextureOf(std::int32_t index);
+    std::uint32_t TextureOf(std::int32_t index, bool linear = false);
     bool IsGround(const VXObject* object) const;
     void DrawDepthOfScene();
+
+    // VXGLDrawEngineShaders.cpp
+    vx::Program* UseGenerated(const VXElementBatch& batch);
+    void ClaimPrograms();
+    void ReleaseShaders();
+    void BindTexture(std::uint32_t target, int id, int unit);
 
     // VXGLDrawEngineLines.cpp
     void DrawWires(const VXElementBatch& batch);
@@ -233,10 +283,20 @@ private:
     std::map<std::uint32_t, std::unique_ptr<vx::Program>> mPrograms;
     std::map<std::uint32_t, std::unique_ptr<Geometry>> mGeometries; ///< by display list id
     std::uint32_t mNextGeometry = 1;
-    std::map<std::int32_t, std::uint32_t> mTextureNames; ///< by index in the host's table
+    std::map<std::pair<std::int32_t, bool>, std::uint32_t> mTextureNames; ///< by index in the host's table, and linear
+    std::vector<std::unique_ptr<vx::Program>> mRetired;                   ///< to be deleted when the context is current
+    std::int32_t mNumUnits = 0;
+    std::uint32_t mNoiseName = 0;
     std::uint32_t mSegmentIndices = 0;
     std::int32_t mNumSegments = 0;
     std::uint32_t mShadowFrame = 0, mShadowDepth = 0, mShadowMaps[2] = {};
+
+    // Of generated surfaces
+    bool mVetoDeepShaderTest = false;
+    bool mShaderRecompiled = false;
+    vx::GlslProgram* mShaderProgram = nullptr;
+    std::uint64_t mUnits2D = 0, mUnits3D = 0; ///< a bit for each unit that holds a texture of a shader
+    std::vector<BString> mWarnings;
 
     // Of the frame
     bool mFrameBegun = false;

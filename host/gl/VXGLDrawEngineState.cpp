@@ -71,6 +71,7 @@ int VXGLDrawEngine::FillLights(Light* lights, int most)
             {
                 const Mat44& m = light->GetTransform();
                 out.range[3] = 0.25f * (Length({m[0][0], m[0][1], m[0][2]}) + Length({m[1][0], m[1][1], m[1][2]}));
+                out.range[0] = std::max(light->AttenStart(), out.range[3]); // its light falls off from its rim on
             }
         }
         light->EndDrawing();

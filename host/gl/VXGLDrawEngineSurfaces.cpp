@@ -117,12 +117,12 @@ vx::Program* VXGLDrawEngine::SurfaceProgram(std::uint32_t variant)
 }
 
 // Picture of the host's table as a texture, uploaded when it is first drawn. 0 without one.
-std::uint32_t VXGLDrawEngine::TextureOf(std::int32_t index)
+std::uint32_t VXGLDrawEngine::TextureOf(std::int32_t index, bool linear)
 {
     const CPB_Offscreen* const picture = mTextures ? mTextures->Picture(index) : nullptr;
     if (!picture)
         return 0;
-    const auto found = mTextureNames.find(index);
+    const auto found = mTextureNames.find({index, linear});
     if (found != mTextureNames.end())
         return found->second;
     GLint largest = 0;
@@ -145,13 +145,13 @@ std::uint32_t VXGLDrawEngine::TextureOf(std::int32_t index)
         {
             for (int y = 0; y < picture->Height(); ++y)
                 std::copy_n(picture->Row(picture->Height() - 1 - y), bytes, rows.Data() + y * bytes);
-            glTexImage2D(GL_TEXTURE_2D, 0, GL_SRGB8_ALPHA8, picture->Width(), picture->Height(), 0, GL_RGBA,
-                         GL_UNSIGNED_BYTE, rows.Data());
+            glTexImage2D(GL_TEXTURE_2D, 0, linear ? GL_RGBA8 : GL_SRGB8_ALPHA8, picture->Width(), picture->Height(), 0,
+                         GL_RGBA, GL_UNSIGNED_BYTE, rows.Data());
             glGenerateMipmap(GL_TEXTURE_2D);
         }
         glBindTexture(GL_TEXTURE_2D, 0);
     }
-    mTextureNames[index] = name;
+    mTextureNames[{index, linear}] = name;
     return name;
 }
 
@@ -162,7 +162,6 @@ void VXGLDrawEngine::SetMaterialUniforms(vx::Program& program, const VXElementBa
     const bool textured = (variant & kTexture) != 0;
     set3("uKd", Linear(textured ? material->TextureColor() : material->KdColor()));
     set3("uKs", Linear(material->KsColor()));
-    set3("uBack", Linear(mBackFaceColor));
     glUniform1f(program.Uniform("uNs"), std::clamp(material->Ns(), 1.0f, 1000.0f));
     glUniform1i(program.Uniform("uTones"), std::clamp(int(Scene()->ToonToneStyle()), 1, 8));
     if (batch.transparent)
@@ -201,32 +200,46 @@ void VXGLDrawEngine::SetMaterialUniforms(vx::Program& program, const VXElementBa
 
 void VXGLDrawEngine::BindSurfaceArrays(std::uint32_t variant)
 {
-    const auto attribute = [](GLuint index, bool on, const vx::GpuArray& from, GLint size)
-    {
-        if (!on)
-        {
-            glDisableVertexAttribArray(index);
-            return;
-        }
-        glBindBuffer(GL_ARRAY_BUFFER, from.Buffer());
-        glVertexAttribPointer(index, size, GL_FLOAT, GL_FALSE, 0, nullptr);
-        glEnableVertexAttribArray(index);
-    };
     const std::uint32_t shade = variant & kShadeMask;
-    const bool normals = !(variant & kFlat) && (shade == kShadeLit || shade == kShadeToon || shade == kShadeNormals);
-    attribute(0, true, mBuffers->SurfacePositions(), 3);
-    attribute(1, normals, mBuffers->SurfaceNormals(), 3);
-    attribute(2, (variant & kTexture) != 0, mBuffers->UVs(), 2);
+    const bool shaded = shade == kShadeLit || shade == kShadeToon || shade == kShadeNormals;
     if (variant & kVertexColors)
         mColors.Upload(mColorData, std::size_t(mVertexCount) * sizeof(VERTEX));
-    attribute(3, (variant & kVertexColors) != 0, mColors, 3);
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, mBuffers->Indices().Buffer());
+    BindArrays({.normals = shaded && !(variant & kFlat),
+                .uvs = (variant & kTexture) != 0,
+                .colors = (variant & kVertexColors) != 0});
     if ((variant & kFlat) && mBuffers->NeedPolyNormals())
     {
         BindBufferTexture(4, mBuffers->PolyNormals());
         BindBufferTexture(5, mBuffers->TrianglePolys());
     }
+}
+
+// The places are those of the attributes in all programs of surfaces.
+void VXGLDrawEngine::BindArrays(const SurfaceArrays& wanted)
+{
+    const struct
+    {
+        bool on;
+        const vx::GpuArray& from;
+        GLint size;
+    } attributes[] = {{true, mBuffers->SurfacePositions(), 3},    {wanted.normals, mBuffers->SurfaceNormals(), 3},
+                      {wanted.uvs, mBuffers->UVs(), 2},           {wanted.colors, mColors, 3},
+                      {wanted.tangents, mBuffers->Tangents(), 3}, {wanted.tangents, mBuffers->Binormals(), 3}};
+    GLuint index = 0;
+    for (const auto& [on, from, size] : attributes)
+    {
+        if (on)
+        {
+            glBindBuffer(GL_ARRAY_BUFFER, from.Buffer());
+            glVertexAttribPointer(index, size, GL_FLOAT, GL_FALSE, 0, nullptr);
+            glEnableVertexAttribArray(index);
+        }
+        else
+            glDisableVertexAttribArray(index);
+        ++index;
+    }
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, mBuffers->Indices().Buffer());
 }
 
 void VXGLDrawEngine::DrawTriangles(const Range& range)
@@ -245,17 +258,36 @@ void VXGLDrawEngine::DrawSurface(const VXElementBatch& batch)
     if (!mBuffers->NeedTriangles())
         return;
     const Range range = mBuffers->Triangles(batch.kind, batch.first, batch.count);
-    const std::uint32_t variant = range.count > 0 ? SurfaceVariant(batch) : 0;
-    vx::Program* const program = range.count > 0 ? SurfaceProgram(variant) : nullptr;
+    if (range.count < 1)
+        return;
+    const std::uint32_t variant = SurfaceVariant(batch);
+    // What shows data, fills, or vertex colours, looks the same whatever the material.
+    const bool generated = mShaderProgram && (variant & kShadeMask) == kShadeLit && !(variant & kVertexColors);
+    vx::Program* const program = generated ? UseGenerated(batch) : UseFixed(batch, variant);
     if (!program)
         return;
     glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);
     glUniformMatrix4fv(program->Uniform("uToClip"), 1, GL_FALSE, mPlacement.toClip[0]);
     glUniformMatrix3fv(program->Uniform("uNormalMatrix"), 1, GL_FALSE, mPlacement.normal);
     glUniform1i(program->Uniform("uFirstTriangle"), range.first);
+    const VERTEX back = Linear(mBackFaceColor);
+    glUniform3f(program->Uniform("uBack"), back.x, back.y, back.z);
+    DrawFilled(batch, range);
+}
+
+vx::Program* VXGLDrawEngine::UseFixed(const VXElementBatch& batch, std::uint32_t variant)
+{
+    vx::Program* const program = SurfaceProgram(variant);
+    if (!program)
+        return nullptr;
     SetMaterialUniforms(*program, batch, variant);
     BindSurfaceArrays(variant);
+    return program;
+}
 
+// Draws triangles with the program in use, as their style and transparency ask for.
+void VXGLDrawEngine::DrawFilled(const VXElementBatch& batch, const Range& range)
+{
     SetCulling(batch.drawMode, mPlacement.mirrored);
     const bool blended = batch.transparent && GetDrawPass() != kPickPass && !mDrawingShadowMap;
     SetBlend(blended);

@@ -20,29 +20,23 @@ struct Product
     }
 };
 
-// Factors count in the colour as it is written, as in the fixed surfaces: half of white is the grey that is written as
-// 0.5, wherever the half comes from.
+// Factors count in linear light: half of a colour is half its light.
 Product ProductOf(Emitter& emitter, const TreeNode& root, const char* colorInput, const char* valueInput)
 {
     const Term color = emitter.Value(root, colorInput), value = emitter.Value(root, valueInput);
     const bool plainValue = root.Find(valueInput)->Node() == nullptr;
-    const float v = value.value[0];
     Product out;
-    if (color.constant && plainValue)
-    {
-        const float written[3] = {color.value[0] * v, color.value[1] * v, color.value[2] * v};
-        out.factor = LinearLiteral(written);
-        return out;
-    }
-    const float grey[3] = {v, v, v};
     if (plainValue)
-        out.factor = LinearLiteral(grey);
+    {
+        float factor[3];
+        for (int c = 0; c < 3; ++c)
+            factor[c] = value.value[0] * (color.constant ? LinearOf(color.value[c]) : 1);
+        out.factor = Literal(factor);
+    }
     else
     {
         const std::string number = "max(" + emitter.Float(root, valueInput) + ", 0.0)";
-        emitter.Use(Piece::Decoded);
-        out.factor =
-            color.constant ? "Decoded(" + Literal(color.value) + " * " + number + ")" : "Decoded(vec3(" + number + "))";
+        out.factor = color.constant ? LinearLiteral(color.value) + " * " + number : "vec3(" + number + ")";
     }
     if (!color.constant)
         out.pattern = emitter.Color(root, colorInput);

@@ -7,13 +7,6 @@ namespace vx::glsl
 {
 namespace
 {
-const char* const kDecoded = R"(
-vec3 Decoded(vec3 c)    // sRGB to linear
-{
-    return mix(c / 12.92, pow((c + 0.055) / 1.055, vec3(2.4)), step(vec3(0.04045), c));
-}
-)";
-
 const char* const kNearestTexel = R"(
 vec4 NearestTexel(sampler2D picture, vec2 at)
 {
@@ -154,7 +147,6 @@ std::string PieceText(const Emitter& emitter)
 {
     const std::pair<Piece, std::string> pieces[] = {
         {Piece::Alpha, text::kAlpha},
-        {Piece::Decoded, kDecoded},
         {Piece::Noise, Noise()},
         {Piece::SmoothNoise, Layers("Smooth", "0.5 + 0.5 * Noise(at)")},
         {Piece::AbsoluteNoise, Layers("Absolute", "abs(Noise(at))")},

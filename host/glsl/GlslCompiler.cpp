@@ -1,0 +1,166 @@
+#include "host/glsl/GlslCompiler.h"
+
+#include "draw/VXSceneDrawOptions.h"
+#include "host/gl/FrameBlock.h"
+#include "host/gl/VXGLDrawEngine.h"
+#include "host/tree/FixedMaterial.h"
+#include "host/tree/ShaderTree.h"
+#include "material/VXMaterial.h"
+#include "shader/VXShaderBinding.h"
+#include "shader/VXShaderDebug.h"
+#include "shader/VXShaderEngine.h"
+
+#include <GL/glew.h>
+
+#include <new>
+
+namespace vx
+{
+static const ShaderTree* TreeOf(const VXMaterial& material, std::int64_t layer)
+{
+    return dynamic_cast<const ShaderTree*>(material.ShaderTree(layer));
+}
+
+GlslOptions GlslOptionsFor(VXSceneDrawEngine& engine)
+{
+    // The same floor as the fixed surfaces have.
+    return {engine.DrawOptions()->MinOpacityDisplayGL(false)};
+}
+
+void ComputeTreeHashes(VXMaterial& material, const GlslOptions& options)
+{
+    for (std::int64_t layer = 0; layer < material.NumLayers(); ++layer)
+    {
+        BString key;
+        if (const ShaderTree* const tree = TreeOf(material, layer))
+        {
+            const GlslSource source = GenerateGlsl(*tree, options);
+            key = source.problem.IsEmpty() ? source.Hash() : "without text: " + source.problem;
+        }
+        material.Layer(layer)->SetTreeHash(key.CString());
+    }
+}
+
+// --- Programs
+
+// Handles of OpenGL are numbers; the record of a program asks for pointers.
+static void* Handle(GLuint name) { return reinterpret_cast<void*>(std::uintptr_t(name)); }
+
+GlslProgram::GlslProgram(VXGLDrawEngine& engine) : mEngine(engine), mLinked(std::make_unique<Program>()) {}
+
+GlslProgram::~GlslProgram() { mEngine.Retire(this, std::move(mLinked)); }
+
+BString GlslProgram::Build(const char* name, const GlslSource& source)
+{
+    SetVertexProgramSource(source.vertex);
+    SetFragmentProgramSource(source.fragment);
+    const BString problem = mLinked->Build(name, source.vertex, source.fragment, kGlslAttributes);
+    if (!problem.IsEmpty())
+        return problem;
+    SetVertexProgramCompiledSource(source.vertex);
+    SetFragmentProgramCompiledSource(source.fragment);
+    GLuint shaders[2] = {};
+    glGetAttachedShaders(mLinked->Id(), 2, nullptr, shaders);
+    SetShaders(Handle(shaders[0]), Handle(shaders[1]));
+    mUsesTangents = source.usesTangents;
+    mUsesUVs = source.usesUVs;
+    const GLuint block = glGetUniformBlockIndex(mLinked->Id(), "Frame");
+    if (block != GL_INVALID_INDEX)
+        glUniformBlockBinding(mLinked->Id(), block, 0);
+    glUseProgram(mLinked->Id());
+    for (const GlslSource::Texture& texture : source.textures)
+        glUniform1i(mLinked->Uniform(texture.sampler.c_str()), texture.unit);
+    glUniform1i(mLinked->Uniform("uBackPicture"), kBackPictureUnit);
+    glUseProgram(0);
+    return TakeBindings(source) ? BString() : BString(name) + ": out of memory";
+}
+
+bool GlslProgram::TakeBindings(const GlslSource& source)
+{
+    for (const GlslSource::Texture& texture : source.textures)
+        if (!AddTexture(new VXShaderBindingTexture(texture.sampler, texture.type, texture.BindingFile())))
+            return false;
+    for (const GlslSource::Uniform& uniform : source.uniforms)
+        if (!AddUniform(new VXShaderBindingUniform(uniform.name, uniform.type)))
+            return false;
+    return true;
+}
+
+void GlslProgram::MakeCurrent()
+{
+    VXShaderEngine* const shaders = mEngine.ShaderEngine();
+    if (!mEngine.InFrame() || !shaders)
+        return;
+    shaders->LoadShaderTextures(nullptr, this);
+    shaders->EnableShaderTextures(this);
+    mEngine.SetShaderProgram(this);
+}
+
+void GlslProgram::StopBeingCurrent() { mEngine.SetShaderProgram(nullptr); }
+
+// --- The compiler
+
+GlslCompiler::GlslCompiler(VXShaderEngine* engine, VXGLDrawEngine* drawEngine)
+    : VXShaderCompiler(engine, drawEngine), mGLEngine(*drawEngine)
+{
+}
+
+void GlslCompiler::EndShading() { mGLEngine.SetShaderProgram(nullptr); }
+
+GlslSource GlslCompiler::Generate(const ShaderTree& tree) { return GenerateGlsl(tree, GlslOptionsFor(mGLEngine)); }
+
+bool GlslCompiler::NeedsShader(VXMaterial* material, bool deep) const
+{
+    if (!VXShaderCompiler::NeedsShader(material, false))
+        return false;
+    if (VXShaderCompiler::NeedsShader(material, deep))
+        return true;
+    const ShaderTree* const tree = TreeOf(*material, 0);
+    return tree && !LostWithoutShader(*tree).IsEmpty();
+}
+
+// A text with the number of each line before it, as compilers name lines.
+static BString Numbered(const std::string& text)
+{
+    std::string out;
+    int number = 0;
+    for (std::size_t from = 0; from < text.size();)
+    {
+        const std::size_t end = std::min(text.find('\n', from), text.size());
+        out += BString::Format("%4d  ", ++number).Std();
+        out.append(text, from, end - from);
+        out += '\n';
+        from = end + 1;
+    }
+    return BString(out);
+}
+
+static void LogSource(const BString& name, const GlslSource& source)
+{
+    for (const auto& [stage, text] : {std::pair("Vertex", &source.vertex), std::pair("Fragment", &source.fragment)})
+        VXShaderDebug("%s shader of material %s:\n%s", stage, name.CString(), Numbered(*text).CString());
+}
+
+VXShaderProgram* GlslCompiler::BuildProgram(VXMaterial* material, std::int64_t layer)
+{
+    const ShaderTree* const tree = TreeOf(*material, layer);
+    if (!tree)
+        return nullptr;
+    ++mNumBuilt;
+    mGLEngine.SetShaderRecompiled(true);
+    const BString name = "material " + material->ExternalName();
+    const GlslSource source = Generate(*tree);
+    auto program = std::make_unique<GlslProgram>(mGLEngine);
+    const BString problem =
+        source.problem.IsEmpty() ? program->Build(name.CString(), source) : name + ": " + source.problem;
+    if (VerboseMode() || !problem.IsEmpty())
+        LogSource(material->ExternalName(), source);
+    if (problem.IsEmpty())
+        return program.release();
+    VXShaderDebug("%s\n", problem.CString());
+    SetErrors(problem);
+    mGLEngine.Warn(problem.Left(problem.Find("\n") < 0 ? problem.Length() : problem.Find("\n")) +
+                   "; it is drawn without its shader");
+    return nullptr;
+}
+} // namespace vx
