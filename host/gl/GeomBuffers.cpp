@@ -193,8 +193,8 @@ static std::int32_t TextureCorner(const GEOM& record, std::int32_t poly, std::in
     return k < run.length ? record.tex->sets[run.start + k] : -1;
 }
 
-// Adds the directions of u and v at every corner to those of its surface vertex, for vertices from `from` on.
-void GeomBuffers::AddCornerTangents(VERTEX* tangents, VERTEX* binormals, std::int32_t from) const
+// Adds the directions of u and v at every corner to those of its surface vertex.
+void GeomBuffers::AddCornerTangents(VERTEX* tangents, VERTEX* binormals) const
 {
     const GEOM& record = *mGeom->Geom();
     const std::int32_t* const surface = mOwnVertices ? mOwnCorner.Data() : Corners();
@@ -208,7 +208,7 @@ void GeomBuffers::AddCornerTangents(VERTEX* tangents, VERTEX* binormals, std::in
             const std::int32_t at = surface[start + k], next = (k + 1) % n, last = (k + n - 1) % n;
             const std::int32_t t = TextureCorner(record, p, k), a = TextureCorner(record, p, next),
                                b = TextureCorner(record, p, last);
-            if (at < from || t < 0 || a < 0 || b < 0)
+            if (t < 0 || a < 0 || b < 0)
                 continue;
             const VERTEX here = mVerts[corners[start + k]];
             const VERTEX alongA = mVerts[corners[start + next]] - here, alongB = mVerts[corners[start + last]] - here;
@@ -239,9 +239,16 @@ bool GeomBuffers::NeedTangents()
         return false;
     std::fill(tangents.begin(), tangents.end(), VERTEX{});
     std::fill(binormals.begin(), binormals.end(), VERTEX{});
-    AddCornerTangents(tangents.Data(), binormals.Data(), kept);
-    std::copy_n(mGeom->VertTangents(), kept, tangents.Data());
-    std::copy_n(mGeom->VertBinormals(), kept, binormals.Data());
+    AddCornerTangents(tangents.Data(), binormals.Data());
+    for (std::int32_t v = 0; v < kept; ++v)
+    {
+        // Where coordinates are mirrored the mesh's point the other way.
+        const VERTEX along = mGeom->VertTangents()[v];
+        const float way = Dot(along, tangents[v]);
+        const float turn = way > 0 ? 1.0f : (way < 0 ? -1.0f : 0.0f); // 0: in no polygon with a texture
+        tangents[v] = along * turn;
+        binormals[v] = mGeom->VertBinormals()[v] * turn;
+    }
     mTangents.Upload(tangents.Data(), std::size_t(count) * sizeof(VERTEX));
     mBinormals.Upload(binormals.Data(), std::size_t(count) * sizeof(VERTEX));
     return true;

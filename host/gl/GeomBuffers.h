@@ -122,7 +122,7 @@ private:
     bool AppendTriangles(VXElementKind kind, Triangulator& triangulator, BArray<std::int32_t>& polys);
     bool BuildEdges();
     bool Gather(const VERTEX* from, GpuArray& to, BArray<VERTEX>& scratch) const;
-    void AddCornerTangents(VERTEX* tangents, VERTEX* binormals, std::int32_t from) const;
+    void AddCornerTangents(VERTEX* tangents, VERTEX* binormals) const;
     const std::int32_t* Corners() const;
     std::int32_t KindBase(VXElementKind kind) const; ///< rank of the kind's first element among all faces
 

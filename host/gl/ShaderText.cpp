@@ -110,7 +110,7 @@ void main()
     oColor = Cued(vec4(Encoded(uKd), 1.0 - smoothstep(0.25, 1.0, away)), -vPosition.z);
 #else
     vec3 n = ShadingNormal();
-    vec3 kd = Sided(n, uKd, uBack);
+    vec3 kd = Sided(uKd, uBack, n);
     float texel = 1.0;
 #ifdef TEXTURE
     vec4 texture = texture2D(uTexture, vUV);

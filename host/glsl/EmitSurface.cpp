@@ -85,7 +85,7 @@ public:
         if (!e.Prepare(mRoot, {"Diffuse_Color", "Diffuse_Value"}))
             return;
         const Product diffuse = ProductOf(e, mRoot, "Diffuse_Color", "Diffuse_Value");
-        const std::string side = "Sided(normal, " + diffuse.factor + ", uBack)";
+        const std::string side = "Sided(" + diffuse.factor + ", uBack, normal)";
         e.Line("vec3 Diffuse_result = " + (diffuse.pattern.empty() ? side : diffuse.pattern + " * " + side) + ";");
         Light("Highlight", "Highlight_Color", "Highlight_Value", mShine);
         Light("Translucence", "Translucence_Color", "Translucence_Value", mThrough);

@@ -29,13 +29,8 @@ constexpr Varying kVaryings[] = {
     {-1, "vec3 vNormal", "in vec3 aNormal;\n", "    vNormal = uNormalMatrix * aNormal;\n"},
     {int(Piece::UV), "vec2 vUV", "in vec2 aUV;\n", "    vUV = aUV;\n"},
     {int(Piece::Place), "vec3 vPlace", "", "    vPlace = aPosition;\n"},
-    {int(Piece::Tangent), "vec3 vTangent", "in vec3 aTangent;\n",
-     "    // The axes stand for a frame that was not computed; frames of mirrored coordinates are turned about.\n"
-     "    bool given = aTangent != vec3(1.0, 0.0, 0.0) || aBinormal != vec3(0.0, 1.0, 0.0);\n"
-     "    float turn = !given ? 0.0 : dot(cross(aTangent, aBinormal), aNormal) < 0.0 ? -1.0 : 1.0;\n"
-     "    vTangent = turn * (mat3(uModelView) * aTangent);\n"},
-    {int(Piece::Tangent), "vec3 vBinormal", "in vec3 aBinormal;\n",
-     "    vBinormal = turn * (mat3(uModelView) * aBinormal);\n"},
+    {int(Piece::Tangent), "vec3 vTangent", "in vec3 aTangent;\n", "    vTangent = mat3(uModelView) * aTangent;\n"},
+    {int(Piece::Tangent), "vec3 vBinormal", "in vec3 aBinormal;\n", "    vBinormal = mat3(uModelView) * aBinormal;\n"},
 };
 
 std::string VertexText(const Emitter& emitter)

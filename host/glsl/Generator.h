@@ -23,7 +23,8 @@ struct NoiseVolume
 
 /// The shader text of one tree, and what has to be bound to it. Needs no OpenGL.
 ///
-/// Attributes, in the order of their locations: kGlslAttributes. Not all are used by every program.
+/// Attributes, in the order of their locations: kGlslAttributes. Not all are used by every program. Tangents and
+/// binormals point to where u and v grow; of a vertex without them they are zero.
 ///
 /// Uniforms that whoever draws sets, apart from the samplers' units (Texture::unit) and the block "Frame":
 ///     mat4 uModelView, mat3 uNormalMatrix, mat4 uToClip   as the fixed surfaces have them

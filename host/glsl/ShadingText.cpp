@@ -101,8 +101,9 @@ vec3 ToViewer() { return uViewport.w > 0.5 ? vec3(0.0, 0.0, 1.0) : normalize(-vP
 )";
 
 const char* const kSided = R"(
-// Seen along the surface, which side it is means nothing: back faces would speckle the rim of a body.
-vec3 Sided(vec3 n, vec3 front, vec3 back)
+// Colour of the side that is seen. Seen along the surface, which side it is means nothing: back faces would speckle the
+// rim of a body.
+vec3 Sided(vec3 front, vec3 back, vec3 n)
 {
     return gl_FrontFacing ? front : mix(front, back, smoothstep(0.1, 0.3, abs(dot(n, ToViewer()))));
 }

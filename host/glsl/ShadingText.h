@@ -18,8 +18,9 @@ VELMAR_HOST_EXPORT extern const char* const kCued;       ///< vec4 Cued(colour, 
 /// vec3 Facing(vec3 normal): of unit length and on the seen side, also where a normal has no length. vPosition.
 VELMAR_HOST_EXPORT extern const char* const kFacing;
 VELMAR_HOST_EXPORT extern const char* const kToViewer; ///< vec3 ToViewer(). vPosition, kFrame
-VELMAR_HOST_EXPORT extern const char* const kSided;    ///< vec3 Sided(normal, front, back): by the side seen. kToViewer
-VELMAR_HOST_EXPORT extern const char* const kToLight;  ///< direction to a light and its strength. vPosition, kFrame
+VELMAR_HOST_EXPORT extern const char* const
+    kSided; ///< vec3 Sided(front, back, normal): of the side that is seen. kToViewer
+VELMAR_HOST_EXPORT extern const char* const kToLight; ///< direction to a light and its strength. vPosition, kFrame
 /// void AddFarLight(...), void AddLight(...): what one light adds to diffuse and specular light. kToLight, kToViewer
 VELMAR_HOST_EXPORT extern const char* const kAddLight;
 VELMAR_HOST_EXPORT extern const char* const kAmbient; ///< vec3 Ambient(vec3 normal), images included. kFrame

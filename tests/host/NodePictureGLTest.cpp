@@ -426,7 +426,7 @@ TEST_F(NodePicture, NormalMapsTurnTheNormalByTangentsOrCoordinates)
     ShowNode(*tree, "normal_map");
     tree->Root()->Find("Highlight_Value")->Set(0);
     tree->Root()->Find("Diffuse_Color")->Set(0.7f, 0.7f, 0.7f);
-    // Coordinates turned by a right angle, and mirrored ones with the frame that meshes get for them.
+    // Coordinates turned by a right angle, and mirrored ones.
     StageMesh turned = StagePlane(), mirrored = StagePlane();
     for (std::size_t i = 0; i < 4; ++i)
     {
@@ -437,8 +437,8 @@ TEST_F(NodePicture, NormalMapsTurnTheNormalByTangentsOrCoordinates)
         a.binormal = {-1, 0, 0};
         b.u = b.position.y;
         b.v = b.position.x;
-        b.tangent = {0, -1, 0};
-        b.binormal = {-1, 0, 0};
+        b.tangent = {0, 1, 0};
+        b.binormal = {1, 0, 0};
     }
     const float kd = std::pow((0.7f + 0.055f) / 1.055f, 2.4f), tilt = std::sqrt(0.5f);
     for (StageMesh mesh : {turned, mirrored})
