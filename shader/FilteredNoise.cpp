@@ -343,7 +343,10 @@ bool FilteredNoise::noiseVolume3D(int width, int height, int depth, float scale,
     const auto rowOf = [this](std::uint32_t y, std::uint32_t z) { return mValues ? Row(y, z) : kEmpty; };
     SliceBuilder builder(rowOf, mValues ? mSizeX - 1 : 0);
     if (!builder.SetSize(width, height, depth, scale))
+    {
+        volume.Empty();
         return false;
+    }
     for (int z = 0; z < depth; ++z)
         WriteSlice(builder.Slice(z), amplitude, mode, volume.Data() + z * sliceSize);
     return true;

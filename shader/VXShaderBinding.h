@@ -20,10 +20,7 @@ public:
     virtual ~VXShaderBindingTexture();
 
     const BString& Name() const { return mName; } ///< of the sampler
-    const BString& Type() const
-    {
-        return mType;
-    } ///< "sampler2D" or "sampler3D"; a sampler of another type stays unbound
+    const BString& Type() const { return mType; } ///< "sampler2D", "sampler3D"; others stay unbound
     const BString& FileName() const { return mFileName; }
     std::uint32_t TexID() const { return mTexID; } ///< kNotLoaded, kFailed, or the texture's name
     void SetTexID(int id) { mTexID = std::uint32_t(id); }

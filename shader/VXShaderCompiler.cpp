@@ -12,6 +12,7 @@
 
 #include <iterator>
 #include <new>
+#include <utility>
 
 int VXShaderCompiler::smNumActivations = 0;
 
@@ -29,8 +30,7 @@ bool DropProgram(CacheEntry& entry)
 {
     if (!entry.program)
         return false;
-    delete entry.program;
-    entry.program = nullptr;
+    delete std::exchange(entry.program, nullptr);
     return true;
 }
 
@@ -248,7 +248,7 @@ void VXShaderCompiler::AddMissing(VXMaterial& material, bool& busy)
 
 void VXShaderCompiler::AddShader(VXMaterial* material, std::int64_t layer)
 {
-    if (!material)
+    if (!material || !material->Layer(layer))
         return;
     SetErrors({});
     BuildShader(*material, layer);
@@ -283,9 +283,11 @@ void VXShaderCompiler::BuildShader(VXMaterial& material, std::int64_t layer)
     if (mVerbose)
         VXShaderDebug("Adding shader for material %s (id:%s)\n", material.InternalName().CString(),
                       material.Uuid().CString());
+    const BString before = mErrors; // a program that comes out well takes no failure of another back
+    SetErrors({});
     VXShaderProgram* const program = BuildProgram(&material, layer);
-    if (!program && !mHasErrors)
-        SetErrors("No program could be built for material " + material.InternalName());
+    if (!mHasErrors)
+        SetErrors(program ? before : "No program could be built for material " + material.InternalName());
     StoreProgram(key, program); // a failure too, so that it is not tried again in every frame
 }
 
@@ -299,7 +301,7 @@ void VXShaderCompiler::SetErrors(const BString& log)
 
 bool VXShaderCompiler::HasShader(const VXMaterial* material, std::int64_t layer) const
 {
-    return material && FindProgram(KeyOf(*material, layer));
+    return material && material->Layer(layer) && FindProgram(KeyOf(*material, layer));
 }
 
 void VXShaderCompiler::EnableShader(VXMaterial* material, std::int64_t layer)

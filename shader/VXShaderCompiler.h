@@ -59,12 +59,14 @@ public:
     void UpdateShaders(BArray<VXMaterial*>& materials);
 
     /// Loads the material's preview texture, and builds the layer's program when the material needs one. One that is
-    /// there already is deleted.
+    /// there already is deleted. Materials with equal hashes share the answer, so UpdateShaders comes here for the
+    /// first of them only.
     void AddShader(VXMaterial* material, std::int64_t layer);
     bool HasShader(const VXMaterial* material, std::int64_t layer) const;
     /// Makes the program current; without one, binds the material's preview texture. Nothing for a layer without tree.
     void EnableShader(VXMaterial* material, std::int64_t layer);
-    /// Takes back what EnableShader did. EndShading is called in every case, for a null material too.
+    /// Lets go of the program that EnableShader made current. EndShading is called in every case, for a null material
+    /// too.
     void DisableShader(VXMaterial* material, std::int64_t layer);
 
     // --- Programs, by tree hash
@@ -98,7 +100,7 @@ public:
     virtual void PrepareForDrawScene(); ///< at the start of every frame; empty here
 
     /// The implementation of this name. The first call reads the shader file of that name into its universal text,
-    /// which stays empty when there is no such file. Null when memory ran out; the compiler owns it.
+    /// which stays empty when it cannot be read. Null when memory ran out; the compiler owns it.
     VXShaderImplementation* GetImplementation(const BString& name);
 
     float GetMinOpacity() const { return mMinOpacity; } ///< generated programs draw nothing clearer than this
@@ -110,11 +112,8 @@ public:
 
     // --- What went wrong
     const BString& GetErrors() const { return mErrors; } ///< the last compile or link log
-    bool HasErrors() const
-    {
-        return mHasErrors;
-    }                                               ///< one of the programs built last has failed: by AddShader, or in
-                                                    ///< the last UpdateShaders that had any to build
+    /// One of the programs built last has failed: by AddShader, or in the last UpdateShaders that had any to build.
+    bool HasErrors() const { return mHasErrors; }
     void SetVerboseMode(bool on) { mVerbose = on; } ///< each added program is noted in the debug log
     bool VerboseMode() const { return mVerbose; }
 

@@ -95,17 +95,10 @@ void VXShaderDebugLong(const char* text, int chunk)
     {
         std::size_t length = rest.size() < longest ? rest.size() : longest;
         if (length < rest.size() && rest[length] == '%' && PercentSignsAtEnd(rest.substr(0, length)) % 2 == 1)
-            ++length;
+            length = length > 1 ? length - 1 : 2; // shorter: a longer piece could be too long for a format
         append(std::string(rest.substr(0, length)).c_str());
         rest.remove_prefix(length);
     } while (!rest.empty());
-}
-
-BString VXShaderDebugEscaped(const BString& text)
-{
-    BString escaped = text;
-    escaped.ReplaceAll("%", "%%");
-    return escaped;
 }
 
 void VXShaderDebugSetLogFile(const BPath& path) { sLogPath = path; }

@@ -17,10 +17,9 @@ VELMAR_EXPORT void VXShaderDebug(const char* format, ...) FENWICK_PRINTF(1, 2);
 VELMAR_EXPORT void VXShaderFileDebug(const char* format, ...) FENWICK_PRINTF(1, 2); ///< the same, without asking
 
 /// Appends a long text in pieces of `chunk` bytes, each by VXShaderDebug, which takes the piece as its format: per cent
-/// signs must be doubled (VXShaderDebugEscaped). A piece that would end inside such a pair takes one byte more. With a
-/// chunk below 1 the text is one piece. An empty text makes one empty append.
+/// signs must be doubled. A piece that would end inside such a pair ends before it. With a chunk below 1 the text is
+/// one piece. An empty text makes one empty append.
 VELMAR_EXPORT void VXShaderDebugLong(const char* text, int chunk);
-VELMAR_EXPORT BString VXShaderDebugEscaped(const BString& text); ///< fit to be a format
 
 VELMAR_EXPORT void VXShaderDebugSetLogFile(const BPath& path);
 VELMAR_EXPORT void VXShaderFileDebugReset();   ///< empties the log and writes its heading, with the time

@@ -123,15 +123,19 @@ BString VXShaderEngine::GetFragmentShaderSource(const BString& key) const
 // Ids are the platform's ints: a failed load and whatever else is not positive is not bound.
 static bool IsLoaded(const VXShaderBindingTexture& texture) { return std::int32_t(texture.TexID()) > 0; }
 
-static void LoadImage(VXSceneDrawEngine& drawEngine, VXShaderBindingTexture& texture)
+void VXShaderEngine::LoadImage(VXShaderBindingTexture& texture)
 {
-    if (texture.TexID() != VXShaderBindingTexture::kNotLoaded || texture.FileName().IsEmpty())
+    const BString& file = texture.FileName();
+    if (texture.TexID() != VXShaderBindingTexture::kNotLoaded || file.IsEmpty())
         return;
     int id = 0;
-    drawEngine.LoadTextureForShader(texture.FileName(), id);
+    mDrawEngine->LoadTextureForShader(file, id);
     texture.SetTexID(id != 0 ? id : int(VXShaderBindingTexture::kFailed));
-    if (id == 0)
-        VXShaderDebug("Texture %s could not be loaded\n", texture.FileName().CString());
+    if (!IsLoaded(texture) && mFailedTextures.Find(file) < 0)
+    {
+        mFailedTextures.AppendOrKeep(file);
+        VXShaderDebug("Texture %s could not be loaded\n", file.CString());
+    }
 }
 
 std::uint32_t VXShaderEngine::LoadNoise()
@@ -148,7 +152,7 @@ void VXShaderEngine::LoadShaderTextures(VXMaterial* /*material*/, VXShaderProgra
     for (VXShaderBindingTexture* const texture : program->Textures())
     {
         if (texture->Type() == "sampler2D")
-            LoadImage(*mDrawEngine, *texture);
+            LoadImage(*texture);
         else if (texture->Type() == "sampler3D")
             texture->SetTexID(int(LoadNoise()));
         else

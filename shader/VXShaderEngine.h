@@ -9,6 +9,7 @@
 
 class VXMaterial;
 class VXSceneDrawEngine;
+class VXShaderBindingTexture;
 class VXShaderCompiler;
 class VXShaderProgram;
 
@@ -61,8 +62,9 @@ public:
 
     // --- Textures of a program, by the draw engine's texture hooks
 
-    /// Loads what is not loaded yet. An image that fails is noted in the debug log, marked so in its binding
-    /// and never asked for again; every 3D sampler gets the one noise volume, which the first of them has made.
+    /// Loads what is not loaded yet. An image that fails is marked so in its binding and not asked for again by it; the
+    /// debug log names each file that failed once. Every 3D sampler gets the one noise volume, which the first of them
+    /// has made.
     void LoadShaderTextures(VXMaterial* material, VXShaderProgram* program);
     /// Binds what is loaded: the image at place i of the list to unit i, except that place 1 uses unit 0 too; the noise
     /// volume to unit 1.
@@ -72,6 +74,7 @@ public:
 
 private:
     void WarnWhenNotEnabled(const char* what) const;
+    void LoadImage(VXShaderBindingTexture& texture);
     std::uint32_t LoadNoise();
 
     VXShaderCompiler* mCompiler = nullptr;
@@ -82,5 +85,6 @@ private:
     std::int32_t mDisableCount = 0;
     VXSceneDrawEngine* mDrawEngine;
     std::uint32_t mNoiseTexture = 0;
-    bool mVerbose = true; ///< misuse is noted in the debug log
+    bool mVerbose = true;            ///< misuse is noted in the debug log
+    BArray<BString> mFailedTextures; ///< whose failures the debug log has been told
 };

@@ -4,7 +4,9 @@
 #include "base/MEM.h"
 #include "engine/VXSceneContext.h"
 #include "engine/VXSceneDelegate.h"
+#include "shader/VXShaderDebug.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -24,29 +26,36 @@ void VXShaderImplementation::AddBodyCode(const BString& code, bool toVertex, boo
 
 bool VXShaderImplementation::AddInclude(const BString& name)
 {
-    return mIncludes.Find(name) < 0 && mIncludes.Append(name);
+    return mIncludes.Find(name) < 0 && mIncludes.AppendOrKeep(name);
 }
 
 bool VXShaderImplementation::AddPreprocessor(const BString& line)
 {
-    return mPreprocessor.Find(line) < 0 && mPreprocessor.Append(line);
+    return mPreprocessor.Find(line) < 0 && mPreprocessor.AppendOrKeep(line);
+}
+
+static bool AddInFront(BArray<VXShaderImplementationParam*>& list, VXShaderImplementationParam* param)
+{
+    if (!param || list.Find(param) >= 0 || !list.AppendOrKeep(param))
+        return false;
+    std::rotate(list.begin(), list.end() - 1, list.end());
+    return true;
 }
 
 bool VXShaderImplementation::AddVertexParam(VXShaderImplementationParam* param)
 {
-    return mVertexParams.Find(param) < 0 && mVertexParams.Insert(0, param);
+    return AddInFront(mVertexParams, param);
 }
 
 bool VXShaderImplementation::AddFragmentParam(VXShaderImplementationParam* param)
 {
-    return mFragmentParams.Find(param) < 0 && mFragmentParams.Insert(0, param);
+    return AddInFront(mFragmentParams, param);
 }
 
 BString VXShaderImplementation::AddTexture(const BString& fileName)
 {
     const BString sampler = "texture" + BString(std::to_string(mTextures.Count()));
-    mTextures.Append(fileName);
-    return sampler;
+    return mTextures.AppendOrKeep(fileName) ? sampler : BString();
 }
 
 // --- Files
@@ -58,7 +67,10 @@ BString VXShaderImplementation::LoadShaderFile(const BString& fileName)
     BFile file(folder + fileName);
     file.SetCompression(false); // unchanged, whatever it is
     if (file.Open(BFile::Mode::Read) != 0)
+    {
+        VXShaderDebug("Shader file %s could not be read\n", (folder + fileName).CString());
         return {};
+    }
     char* const bytes = file.ReadAll();
     const BString text(bytes ? std::string_view(bytes, MEM_Count(bytes)) : std::string_view());
     MEM_Free(bytes);

@@ -38,10 +38,11 @@ public:
     void AddBodyCode(const BString& code, bool toVertex, bool toFragment);
     bool AddInclude(const BString& name);
     bool AddPreprocessor(const BString& line);
-    bool AddVertexParam(
-        VXShaderImplementationParam* param); ///< compared by pointer, not owned; the newest stands first
+    /// Compared by pointer, not owned; the newest stands first. False for null.
+    bool AddVertexParam(VXShaderImplementationParam* param);
     bool AddFragmentParam(VXShaderImplementationParam* param);
-    BString AddTexture(const BString& fileName); ///< @return the sampler's name: "texture0", "texture1", ...
+    /// @return the sampler's name: "texture0", "texture1", ...; empty when memory ran out
+    BString AddTexture(const BString& fileName);
     void SetUniversalImpl(const BString& text) { mUniversalImpl = text; }
 
     // --- Reading
@@ -58,7 +59,8 @@ public:
     const BArray<BString>& Textures() const { return mTextures; } ///< file names
 
     /// The whole text of a file in the delegate's shader folder, in "Runtime/Cg/" below the working directory without
-    /// a delegate. Folder and name are joined as they are. Empty when the file cannot be read.
+    /// a delegate. Folder and name are joined as they are. Empty when the file cannot be read, which the debug log is
+    /// told.
     static BString LoadShaderFile(const BString& fileName);
 
 private:

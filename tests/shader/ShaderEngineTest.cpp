@@ -28,7 +28,7 @@ TEST(ShaderEngine, SwitchesShadingOnceHoweverOftenItIsAsked)
     RecordingCompiler::Install(draw);
     VXShaderEngine& engine = *draw.ShaderEngine();
     engine.DisableShaders();
-    engine.EnableShaders(); // on an engine that is not active: a warning, no refusal
+    engine.EnableShaders(); // on an engine that is not active: no refusal
     engine.EnableShaders();
     EXPECT_FALSE(engine.ShadersEnabled());
     engine.EnableEngine();
@@ -40,43 +40,37 @@ TEST(ShaderEngine, SwitchesShadingOnceHoweverOftenItIsAsked)
     EXPECT_EQ(engine.DisableCount(), 1);
 }
 
-TEST(ShaderEngine, WithoutACompilerDoesNothing)
-{
-    VXShaderEngine engine(nullptr);
-    VXMaterial material(0, nullptr);
-    BArray<VXMaterial*> materials;
-    engine.Init();
-    engine.PrepareForDrawScene();
-    engine.AddShader(&material, 0);
-    engine.EnableShader(&material, 0);
-    engine.DisableShader(&material, 0);
-    engine.UpdateShaders(materials);
-    engine.EnableShaders();
-    engine.DeleteShaders();
-    EXPECT_FALSE(engine.HasShader(&material, 0));
-    EXPECT_FALSE(engine.DeleteShader("key"));
-    EXPECT_TRUE(engine.GetVertexShaderSource("key").IsEmpty());
-    EXPECT_TRUE(engine.GetFragmentShaderSource("key").IsEmpty());
-    EXPECT_EQ(engine.EnableCount(), 0);
-}
-
-TEST(ShaderEngine, ForwardsToItsCompiler)
+TEST(ShaderEngine, ForwardsToItsCompilerWhenItHasOne)
 {
     RecordingEngine draw;
-    RecordingCompiler* const compiler = RecordingCompiler::Install(draw);
-    VXShaderEngine& engine = *draw.ShaderEngine();
     VXMaterial material(0, nullptr);
     material.SetInternalName("red");
-    EXPECT_FALSE(engine.HasShader(&material, 0));
+    VXShaderEngine alone(nullptr);
+    const auto ask = [&](VXShaderEngine& engine)
+    {
+        BArray<VXMaterial*> none;
+        engine.Init();
+        engine.PrepareForDrawScene();
+        engine.EnableShader(&material, 0);
+        engine.DisableShader(&material, 0);
+        engine.DeleteShaders();
+        engine.AddShader(&material, 0);
+        engine.UpdateShaders(none);
+        engine.SetVerboseMode(true);
+        return draw.Take();
+    };
+    RecordingCompiler* const compiler = RecordingCompiler::Install(draw);
+    VXShaderEngine& engine = *draw.ShaderEngine();
     compiler->GiveProgram(&material, 0);
-    EXPECT_TRUE(engine.HasShader(&material, 0));
-    EXPECT_FALSE(engine.HasShader(nullptr, 0));
+    EXPECT_TRUE(engine.HasShader(&material, 0) && !engine.HasShader(nullptr, 0) && !alone.HasShader(&material, 0));
     EXPECT_EQ(engine.GetVertexShaderSource("red 0"), BString("vertex red 0"));
     EXPECT_EQ(engine.GetFragmentShaderSource("red 0"), BString("fragment red 0"));
-    EXPECT_TRUE(engine.DeleteShader("red 0"));
-    EXPECT_FALSE(engine.HasShader(&material, 0));
-    engine.SetVerboseMode(true);
+    EXPECT_EQ(ask(alone), Lines{});
+    EXPECT_FALSE(alone.DeleteShader("red 0") || compiler->VerboseMode());
+    EXPECT_EQ(ask(engine),
+              (Lines{"Init", "PrepareForDrawScene", "BeginShading", "MakeCurrent red 0", "StopBeingCurrent red 0",
+                     "DisableMultitexture2D", "EndShading", "DeleteProgram red 0"}));
     EXPECT_TRUE(compiler->VerboseMode());
-    engine.SetVerboseMode(false);
-    EXPECT_FALSE(compiler->VerboseMode() || engine.VerboseMode());
+    compiler->GiveProgram(&material, 0);
+    EXPECT_TRUE(engine.DeleteShader("red 0") && !engine.HasShader(&material, 0));
 }

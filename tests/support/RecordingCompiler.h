@@ -40,7 +40,7 @@ public:
     }
 
     static inline int deaths = 0;
-    BString failure; ///< when not empty: nothing can be built, and this is why
+    BString failing; ///< programs of the material of this name cannot be built
 
     /// A shader engine with a compiler of this kind, given to the draw engine that owns both from then on.
     static RecordingCompiler* Install(RecordingEngine& engine)
@@ -71,8 +71,9 @@ protected:
     VXShaderProgram* BuildProgram(VXMaterial* material, std::int64_t layer) override
     {
         mLog->Log("BuildProgram", NameOf(material, layer));
-        SetErrors(failure);
-        return failure.IsEmpty() ? new RecordingProgram(mLog, NameOf(material, layer)) : nullptr;
+        const bool fails = material->InternalName() == failing;
+        SetErrors(fails ? "0(1): no such function" : "");
+        return fails ? nullptr : new RecordingProgram(mLog, NameOf(material, layer));
     }
 
 private:

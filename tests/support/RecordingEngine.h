@@ -22,6 +22,7 @@ public:
     VXSceneDrawOptions options;
     std::map<std::string, int> textures; ///< images that can be loaded, and the names they get; noise gets 500
     int styledAnswer = 0;                ///< what DrawStyledScene answers
+    bool vetoDeepTest = false;           ///< what VetoDeepShaderTest answers
     bool drawsStyled = false;            ///< DrawStyledScene draws the polygons in the pick pass
 
     /// Keeps only the lines of these hooks; an empty list keeps all again.
@@ -39,6 +40,7 @@ public:
     void DrawSortedLines(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXScene* scene) override;
 
     // --- Hooks
+    bool VetoDeepShaderTest() override { return vetoDeepTest; }
     void BeginFrameState() override { Log("BeginFrameState"); }
     void EndFrameState() override { Log("EndFrameState"); }
     void SetFrameMultisample(bool on) override { Log("SetFrameMultisample", OnOff(on)); }
