@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace vx
 {
@@ -24,7 +25,9 @@ GlyphScale::GlyphScale(FT_Face face, float size)
     y = double(size) / (ppemY * 64);
 }
 
-GlyphShapes::GlyphShapes(FT_Face face) : mFace(face), mTessellator(gluNewTess()) {}
+GlyphShapes::GlyphShapes(FT_Face face, const GlyphScale& scale) : mFace(face), mScale(scale), mTessellator(gluNewTess())
+{
+}
 
 GlyphShapes::~GlyphShapes()
 {
@@ -144,14 +147,17 @@ struct GlyphShapes::Calls
         const TriangleRun kind = type == GL_TRIANGLE_STRIP ? TriangleRun::Strip
                                  : type == GL_TRIANGLE_FAN ? TriangleRun::Fan
                                                            : TriangleRun::List;
-        if (!self.mRunSkipped && !self.mRuns.Append({kind, std::int32_t(self.mPoints.Count()), 0}))
+        if (!self.mRunSkipped && !self.mRuns.Append({kind, std::int32_t(self.mVerts.Count()), 0}))
             self.mFailed = true;
     }
     static void VELMAR_GLU_CALL Vertex(void* name, void* user)
     {
         GlyphShapes& self = Of(user);
-        if (!self.mFailed && !self.mRunSkipped && !self.mPoints.Append(self.mOutline[Number(name)]))
-            self.mFailed = true;
+        if (self.mFailed || self.mRunSkipped)
+            return;
+        const GlyphPoint& point = self.mOutline[Number(name)];
+        const VERTEX vert{float(point.x * self.mScale.x), float(point.y * self.mScale.y), 0};
+        self.mFailed = !self.mVerts.Append(vert);
     }
     static void VELMAR_GLU_CALL End(void* user)
     {
@@ -159,7 +165,7 @@ struct GlyphShapes::Calls
         if (self.mFailed || self.mRunSkipped)
             return;
         Run& run = self.mRuns[self.mRuns.Count() - 1];
-        run.numPoints = std::int32_t(self.mPoints.Count()) - run.firstPoint;
+        run.numVerts = std::int32_t(self.mVerts.Count()) - run.firstVert;
     }
     static void VELMAR_GLU_CALL Combine(GLdouble at[3], void* /*data*/[4], GLfloat /*weight*/[4], void** out,
                                         void* user)
@@ -244,60 +250,70 @@ bool GlyphShapes::IsTangled() const
     return false;
 }
 
+// Each run's triangles, with its vertices counted from the shape's first.
+bool GlyphShapes::AddTriangles(std::int32_t firstVert)
+{
+    for (const Run& run : mRuns)
+    {
+        const std::int32_t first = run.firstVert - firstVert;
+        for (std::int32_t i = 2; i < run.numVerts; ++i)
+        {
+            if (run.kind == TriangleRun::List && i % 3 != 2)
+                continue;
+            std::int32_t* const corners = mCorners.AppendRaw(3);
+            if (!corners)
+                return false;
+            // A strip turns its triangles round one after the other.
+            const std::int32_t c = first + i, around[3] = {c, i % 2 == 0 ? c - 2 : c - 1, i % 2 == 0 ? c - 1 : c - 2};
+            const std::int32_t other[3] = {run.kind == TriangleRun::Fan ? first : c - 2, c - 1, c};
+            std::copy_n(run.kind == TriangleRun::Strip ? around : other, 3, corners);
+        }
+    }
+    return true;
+}
+
 void GlyphShapes::Make(GlyphShape& shape)
 {
-    shape.firstRun = std::int32_t(mRuns.Count());
-    if (!FlattenContours() || mContourEnds.IsEmpty() || mOutline.Count() < 3 || !mTessellator || IsTangled())
+    shape.firstVert = std::int32_t(mVerts.Count());
+    shape.firstCorner = std::int32_t(mCorners.Count());
+    if (!mScale.CanDraw() || !mTessellator || !FlattenContours() || mContourEnds.IsEmpty() || mOutline.Count() < 3 ||
+        IsTangled())
         return;
+    mRuns.Empty();
     Tessellate((mFace->glyph->outline.flags & FT_OUTLINE_EVEN_ODD_FILL) != 0);
-    if (mFailed)
-        return;
-    shape.numRuns = std::int32_t(mRuns.Count()) - shape.firstRun;
-    for (std::int32_t r = shape.firstRun; r < shape.firstRun + shape.numRuns; ++r)
-    {
-        const Run& run = mRuns[r];
-        shape.numVerts += run.numPoints;
-        shape.numPolys += run.kind == TriangleRun::List ? run.numPoints / 3 : std::max(run.numPoints - 2, 0);
-    }
+    mFailed = mFailed || !AddTriangles(shape.firstVert);
+    shape.numVerts = std::int32_t(mVerts.Count()) - shape.firstVert;
+    shape.numPolys = (std::int32_t(mCorners.Count()) - shape.firstCorner) / 3;
 }
 
 // --- Into a record
 
-void GlyphShapes::Write(const GlyphShape& shape, const GlyphScale& scale, float dx, float dy, GEOM& to,
-                        GlyphCursor& at) const
+// Whole polygon records in one copy each: the arrays of a page are too large to be cleared first.
+void GlyphShapes::Write(const GlyphShape& shape, float dx, float dy, GEOM& to, GlyphCursor& at) const
 {
-    const auto triangle = [&to, &at](std::int32_t a, std::int32_t b, std::int32_t c)
+    const VERTEX* const verts = mVerts.Data() + shape.firstVert;
+    VERTEX* const vertsOut = to.verts + at.vert;
+    for (std::int32_t v = 0; v < shape.numVerts; ++v)
+        vertsOut[v] = {verts[v].x + dx, verts[v].y + dy, 0};
+
+    const std::int32_t* const corners = mCorners.Data() + shape.firstCorner;
+    const std::int32_t numCorners = 3 * shape.numPolys, firstVert = at.vert;
+    std::int32_t* const cornersOut = to.sets + at.corner;
+    for (std::int32_t c = 0; c < numCorners; ++c)
+        cornersOut[c] = corners[c] + firstVert;
+
+    ELEMENT face{};
+    face.length = 3;
+    face.type = kElementFace;
+    const std::int64_t stride = to.PolyStride();
+    std::uint8_t* poly = to.polys + at.poly * stride;
+    for (std::int32_t p = 0; p < shape.numPolys; ++p, poly += stride)
     {
-        to.sets[at.corner] = a;
-        to.sets[at.corner + 1] = b;
-        to.sets[at.corner + 2] = c;
-        ELEMENT& poly = *to.Poly(at.poly++);
-        poly.start = at.corner;
-        poly.length = 3;
-        poly.type = kElementFace;
-        at.corner += 3;
-    };
-    for (std::int32_t r = shape.firstRun; r < shape.firstRun + shape.numRuns; ++r)
-    {
-        const Run& run = mRuns[r];
-        const std::int32_t first = at.vert;
-        for (std::int32_t i = 0; i < run.numPoints; ++i)
-        {
-            const GlyphPoint& point = mPoints[run.firstPoint + i];
-            to.verts[at.vert++] = {float(point.x * scale.x) + dx, float(point.y * scale.y) + dy, 0};
-        }
-        for (std::int32_t i = 2; i < run.numPoints; ++i)
-        {
-            const std::int32_t c = first + i;
-            if (run.kind == TriangleRun::Fan)
-                triangle(first, c - 1, c);
-            else if (run.kind == TriangleRun::Strip && i % 2 == 0)
-                triangle(c, c - 2, c - 1);
-            else if (run.kind == TriangleRun::Strip)
-                triangle(c, c - 1, c - 2);
-            else if (i % 3 == 2)
-                triangle(c - 2, c - 1, c);
-        }
+        face.start = at.corner + 3 * p;
+        std::memcpy(poly, &face, sizeof face);
     }
+    at.vert += shape.numVerts;
+    at.corner += numCorners;
+    at.poly += shape.numPolys;
 }
 } // namespace vx

@@ -85,19 +85,24 @@ static PagePtr WriteGlyphs(const BArray<PlacedGlyph>& glyphs, const GlyphShapes&
     std::int64_t verts = 0, polys = 0;
     for (const PlacedGlyph& glyph : glyphs)
     {
-        verts += scale.CanDraw() ? shapes[glyph.shape].numVerts : 0;
-        polys += scale.CanDraw() ? shapes[glyph.shape].numPolys : 0;
+        verts += shapes[glyph.shape].numVerts;
+        polys += shapes[glyph.shape].numPolys;
     }
     PagePtr record(GEOM_Alloc());
-    const bool fits = std::max(verts, 3 * polys) <= std::numeric_limits<std::int32_t>::max();
-    if (!record || !fits || record->SetSize(int(polys), int(verts), int(3 * polys), 0, 0, 0) != 0)
+    if (!record || std::max(verts, 3 * polys) > std::numeric_limits<std::int32_t>::max())
+        return nullptr;
+    // Arrays that have their size already are not cleared by SetSize; every entry is written below.
+    record->verts = MEM_AllocArray<VERTEX>(std::size_t(verts));
+    record->sets = MEM_AllocArray<std::int32_t>(std::size_t(3 * polys));
+    record->polys = MEM_AllocArray<std::uint8_t>(std::size_t(polys * record->PolyStride()));
+    if (!record->verts || !record->sets || !record->polys ||
+        record->SetSize(int(polys), int(verts), int(3 * polys), 0, 0, 0) != 0)
         return nullptr;
     GlyphCursor at;
     for (const PlacedGlyph& glyph : glyphs)
     {
-        if (scale.CanDraw())
-            shapes.Write(shapes[glyph.shape], scale, float(double(glyph.penX) * scale.x),
-                         float(double(glyph.penY) * scale.y), *record, at);
+        shapes.Write(shapes[glyph.shape], float(double(glyph.penX) * scale.x), float(double(glyph.penY) * scale.y),
+                     *record, at);
         if (ends && !ends->Append(at.poly))
             return nullptr;
     }
@@ -108,7 +113,7 @@ PagePtr WriteTextPage(const BArray<std::uint32_t>& codes, FT_Face face, float si
                       BArray<std::int32_t>* ends)
 {
     const GlyphScale scale(face, size); // first, as it sizes the face that kerning goes by
-    GlyphShapes shapes(face);
+    GlyphShapes shapes(face, scale);
     Typesetter text(face, shapes, unscaledKerning);
     return text.Set(codes) ? WriteGlyphs(text.Glyphs(), shapes, scale, ends) : nullptr;
 }

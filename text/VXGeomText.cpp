@@ -71,17 +71,17 @@ void VXGeom::BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_Gl
     if (slot)
         *slot = opened->glyph;
     const GlyphScale scale(opened, size);
-    GlyphShapes shapes(opened);
+    GlyphShapes shapes(opened, scale);
     const std::int32_t index = shapes.Find(FT_Get_Char_Index(opened, code));
     if (!mGeom)
         mGeom = GEOM_Alloc();
     if (!mGeom || index < 0)
         return;
     const GlyphShape& shape = shapes[index];
-    if (scale.CanDraw() && mGeom->SetSize(shape.numPolys, shape.numVerts, 3 * shape.numPolys, 0, 0, 0) == 0)
+    if (mGeom->SetSize(shape.numPolys, shape.numVerts, 3 * shape.numPolys, 0, 0, 0) == 0)
     {
         GlyphCursor at;
-        shapes.Write(shape, scale, 0, 0, *mGeom, at);
+        shapes.Write(shape, 0, 0, *mGeom, at);
     }
     GEOM_AddMaterialName(mGeom, material ? material : "");
     GEOM_VerifyAndFix(mGeom);

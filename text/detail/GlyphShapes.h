@@ -27,11 +27,11 @@ enum class TriangleRun : std::uint8_t
     Fan,
 };
 
-/// The area that one glyph fills, as runs of triangles.
+/// The area that one glyph fills: where its vertices and triangles lie among those of all shapes.
 struct GlyphShape
 {
-    std::int32_t firstRun = 0, numRuns = 0;
-    std::int32_t numVerts = 0, numPolys = 0;
+    std::int32_t firstVert = 0, numVerts = 0;
+    std::int32_t firstCorner = 0, numPolys = 0;
     std::int64_t advance = 0; ///< font units
 };
 
@@ -56,7 +56,7 @@ struct GlyphCursor
 class GlyphShapes
 {
 public:
-    explicit GlyphShapes(FT_Face face);
+    GlyphShapes(FT_Face face, const GlyphScale& scale); ///< without a scale no shape has triangles
     ~GlyphShapes();
     GlyphShapes(const GlyphShapes&) = delete;
     GlyphShapes& operator=(const GlyphShapes&) = delete;
@@ -67,14 +67,14 @@ public:
     std::int32_t Find(FT_UInt glyph);
     const GlyphShape& operator[](std::int32_t shape) const { return mShapes[shape]; }
 
-    /// Writes a glyph's vertices, moved by (dx, dy), and polygons into a record that has room for them.
-    void Write(const GlyphShape& shape, const GlyphScale& scale, float dx, float dy, GEOM& to, GlyphCursor& at) const;
+    /// Writes a glyph's vertices, moved by (dx, dy), and polygons into a record without groups that has room for them.
+    void Write(const GlyphShape& shape, float dx, float dy, GEOM& to, GlyphCursor& at) const;
 
 private:
     struct Run
     {
         TriangleRun kind;
-        std::int32_t firstPoint, numPoints;
+        std::int32_t firstVert, numVerts;
     };
     struct Outline; // contours while they are read
     struct Calls;   // what the tessellator calls
@@ -82,18 +82,21 @@ private:
     void Make(GlyphShape& shape);
     void Tessellate(bool evenOdd);
     bool FlattenContours();
+    bool AddTriangles(std::int32_t firstVert);
     bool IsTangled() const;
 
     FT_Face mFace;
+    GlyphScale mScale;
     GLUtesselator* mTessellator;
     BMapIntToInt mShapeOf; ///< by glyph index
     BArray<GlyphShape> mShapes;
-    BArray<Run> mRuns;
-    BArray<GlyphPoint> mPoints; ///< of all runs
+    BArray<VERTEX> mVerts;         ///< of all shapes, in mesh units
+    BArray<std::int32_t> mCorners; ///< three for each triangle, vertices counted within the shape
 
     // The glyph that is being made
     BArray<GlyphPoint> mOutline; ///< points of its contours, and those where contours cross
     BArray<std::int32_t> mContourEnds;
+    BArray<Run> mRuns;    ///< as the tessellator gives them, over the shape's vertices
     bool mFailed = false; ///< memory ran out
     bool mRunSkipped = false;
 };
