@@ -28,6 +28,7 @@ constexpr double kLargestLength = 1e6; // model units
 struct TextArguments
 {
     std::string text, font, align = "left";
+    int width = 1280; ///< of a picture, in pixels
     bool deep = true; ///< a depth was asked for, or flat text was not
     TextMeshOptions mesh;
     ModelOutput output;
@@ -70,16 +71,14 @@ void WarnOfMissing(const BString& font, const TextMeshReport& report)
 
 // --- Pictures
 
-constexpr int kPictureWidth = 1280, kLeastHeight = 360;
-
 // As flat as the text is, so that a line does not stand alone in an empty picture.
-int PictureHeight(const GEOM& record)
+int PictureHeight(const GEOM& record, int pictureWidth)
 {
     float stats[9];
     GEOM_Stats(&record, stats);
     const float width = stats[3] - stats[0], height = stats[4] - stats[1];
     const float share = width > 0 ? 1.5f * height / width : 1;
-    return std::clamp(int(share * kPictureWidth), kLeastHeight, kPictureWidth) / 2 * 2;
+    return std::clamp(int(share * float(pictureWidth)), (pictureWidth + 3) / 4, pictureWidth);
 }
 
 void SetColor(Preview& preview, const BString& material, float r, float g, float b)
@@ -91,8 +90,8 @@ void SetColor(Preview& preview, const BString& material, float r, float g, float
 int WriteTextPicture(RecordPtr record, const TextArguments& arguments, Stopwatch& watch)
 {
     PreviewOptions options;
-    options.width = kPictureWidth;
-    options.height = PictureHeight(*record);
+    options.width = arguments.width;
+    options.height = PictureHeight(*record, arguments.width);
     options.samples = 16;
     options.view.azimuth = 18;
     options.view.elevation = 14;
@@ -187,6 +186,8 @@ void AddTextVerb(CLI::App& app, int& exitCode)
         ->type_name("left|centre|right")
         ->check(Choice("alignment", {"left", "centre", "right"}))
         ->capture_default_str();
+    AddWholeNumber(*verb, "--width", arguments->width, 16, 16384,
+                   "Pixels that a picture is wide; its height goes by the text");
     verb->add_flag("--json", output.json,
                    "Tell of a model in one line of JSON; on standard error when it goes to standard output");
     verb->add_flag("-v,--verbose", output.verbose, "Say on standard error what is done");
