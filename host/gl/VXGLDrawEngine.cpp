@@ -153,6 +153,7 @@ void VXGLDrawEngine::EndFrameState()
         return;
     mFrameBegun = false;
     DropUnusedGeometries();
+    UnbindTexture();
     glUseProgram(0);
     glBindVertexArray(0);
     glBindBufferBase(GL_UNIFORM_BUFFER, 0, 0);

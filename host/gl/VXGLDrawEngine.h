@@ -120,8 +120,7 @@ public:
     void SetShaderRecompiled(bool on) override { mShaderRecompiled = on; }
     bool VetoDeepShaderTest() override { return mVetoDeepShaderTest; }
     /// Reads the picture through the texture table. A name that ends in GlslSource::kLinearMark stands for a picture of
-    /// numbers,
-    /// which are taken as they are written. One that cannot be read is warned of once and never tried again.
+    /// numbers, which are taken as they are written. One that cannot be read is warned of once and never tried again.
     int LoadTextureForShader(const BString& path, int& id) override;
     int CreateNoiseTexture() override;
     void FreeTextureForShader(int id) override;

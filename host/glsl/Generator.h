@@ -73,7 +73,7 @@ inline constexpr const char* kGlslAttributes[] = {"aPosition", "aNormal", "aUV",
 /// What the text depends on besides the tree.
 struct GlslOptions
 {
-    float minOpacity = 0.9f; ///< transparency never falls below it: VXShaderCompiler::GetMinOpacity
+    float minOpacity = 0.1f; ///< nothing is drawn clearer; that of the draw options, whose default this is
 };
 
 /// Writes the programs of a tree: GLSL 1.30 for the compatibility profile, lit per pixel like the fixed surfaces. Trees
