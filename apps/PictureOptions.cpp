@@ -125,6 +125,30 @@ std::string CheckBackground(const std::string& text)
                                       "two colours as TOP,BOTTOM";
 }
 
+// Width over height, as one number or as two with a colon between them.
+std::optional<float> ReadAspect(std::string_view text)
+{
+    const auto number = [](std::string_view part) -> std::optional<float>
+    {
+        float value = 0;
+        const auto [end, error] = std::from_chars(part.data(), part.data() + part.size(), value);
+        const bool whole = error == std::errc() && end == part.data() + part.size();
+        return whole && value > 0 ? std::optional<float>(value) : std::nullopt;
+    };
+    const std::size_t colon = text.find(':');
+    const auto width = number(text.substr(0, colon));
+    const auto height = colon == std::string_view::npos ? std::optional<float>(1.0f) : number(text.substr(colon + 1));
+    if (!width || !height || !(*width / *height >= 0.05f && *width / *height <= 20.0f))
+        return std::nullopt;
+    return *width / *height;
+}
+
+std::string CheckAspect(const std::string& text)
+{
+    return ReadAspect(text) ? ""
+                            : "'" + text + "' is no shape of a frame, expected WIDTH:HEIGHT or their ratio, 0.05 to 20";
+}
+
 // --- Highlights
 
 void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char* name, bool vertices,
@@ -247,11 +271,7 @@ void PictureArguments::AddView(CLI::App& verb)
 void PictureArguments::AddLook(CLI::App& verb)
 {
     verb.add_option("--texture", mTexture, "Picture for materials that have none")->type_name("FILE");
-    verb.add_option("--background", mBackground,
-                    "gradient, transparent, a colour as RRGGBB, white or black, or two as TOP,BOTTOM")
-        ->type_name("COLOUR")
-        ->check(CLI::Validator(CheckBackground, ""))
-        ->capture_default_str();
+    AddBackground(verb);
     verb.add_flag("--ground", picture.ground, "Show a plane under the model");
     CLI::Option* const shadows =
         verb.add_flag("--shadows", picture.shadows, "Show the model's shadow on the ground, as it is anyway");
@@ -260,6 +280,34 @@ void PictureArguments::AddLook(CLI::App& verb)
         ->type_name("1|2|4|8|16")
         ->check(Choice("number of samples", {"1", "2", "4", "8", "16"}))
         ->capture_default_str();
+    AddOverlays(verb);
+}
+
+void PictureArguments::AddBackground(CLI::App& verb)
+{
+    verb.add_option("--background", mBackground,
+                    "gradient, transparent, a colour as RRGGBB, white or black, or two as TOP,BOTTOM")
+        ->type_name("COLOUR")
+        ->check(CLI::Validator(CheckBackground, ""))
+        ->capture_default_str();
+    CLI::Option* const behind =
+        verb.add_option("--background-picture", mBackgroundPicture, "Picture behind the model")->type_name("FILE");
+    verb.add_option("--background-fit", mBackgroundFit, "crop fills the background with it, fit shows all of it")
+        ->type_name("crop|fit")
+        ->check(Choice("way to place a picture", {"crop", "fit"}))
+        ->capture_default_str()
+        ->needs(behind);
+}
+
+void PictureArguments::AddOverlays(CLI::App& verb)
+{
+    verb.add_flag("--edge-lines", picture.edgeLines, "Draw creases, borders and silhouettes as lines over surfaces");
+    verb.add_flag("--depth-cue", picture.depthCue, "Fade what is far into the background");
+    verb.add_flag("--ao", mOcclusion, "Darken corners and contacts: ambient occlusion");
+    verb.add_option("--watermark", mWatermark, "Text in the lower right corner")->type_name("TEXT");
+    verb.add_option("--frame", mFrame, "Darken what is outside of a frame of this shape, such as 16:9 or 1.85")
+        ->type_name("ASPECT")
+        ->check(CLI::Validator(CheckAspect, ""));
 }
 
 void PictureArguments::AddSurface(CLI::App& verb)
@@ -307,6 +355,11 @@ void PictureArguments::ReadTexts()
     picture.backgroundBottom = background.bottom;
     picture.view.up = mUp == "z" ? UpAxis::Z : UpAxis::Y;
     picture.shadows = picture.shadows && !mNoShadows;
+    picture.backgroundPicture = BPath(BString(mBackgroundPicture));
+    picture.backgroundFit = mBackgroundFit == "fit" ? PictureFit::Fit : PictureFit::Crop;
+    picture.occlusion = mOcclusion ? OcclusionQuality::Full : OcclusionQuality::Off;
+    picture.watermark = BString(mWatermark);
+    picture.productionFrame = mFrame.empty() ? 0.0f : *ReadAspect(mFrame);
     mImport.creases = !mNoCreases;
     picture.ownScheme = mScheme == kOwnScheme;
     mImport.separateLines = picture.subdivision > 0;
@@ -388,6 +441,8 @@ int PictureArguments::Open(Preview& preview, const std::string& output, Stopwatc
     std::vector<std::string> read = mInputs;
     if (!mTexture.empty())
         read.push_back(mTexture);
+    if (!mBackgroundPicture.empty())
+        read.push_back(mBackgroundPicture);
     if (!output.empty())
         if (const BString problem = OutputProblem(output, read); !problem.IsEmpty())
             return Fail(kFailed, BString(output), 0, problem);

@@ -28,7 +28,7 @@ public:
     void AddMode(CLI::App& verb);
     void AddView(CLI::App& verb);    ///< from where the models are looked at
     void AddSurface(CLI::App& verb); ///< hard edges and subdivision
-    void AddLook(CLI::App& verb);    ///< texture, background, ground, samples
+    void AddLook(CLI::App& verb);    ///< texture, background, ground, samples, and what is laid over the picture
     void AddMarks(CLI::App& verb);   ///< vectors and highlights
 
     // --- Work
@@ -46,6 +46,8 @@ public:
     const ImportOptions& Import() const { return mImport; }
 
 private:
+    void AddBackground(CLI::App& verb);
+    void AddOverlays(CLI::App& verb);
     void ReadTexts();
     int ReadModels(Preview& preview, Stopwatch& watch);
     BString UsageProblem() const;
@@ -55,7 +57,8 @@ private:
     std::string mVerb; ///< as the user calls it
     std::vector<std::string> mInputs;
     std::string mTexture, mSize, mMode = "smooth-textured", mBackground = "gradient", mUp = "y", mShow, mScheme;
-    bool mNoCreases = false, mNoShadows = false;
+    std::string mBackgroundPicture, mBackgroundFit = "crop", mWatermark, mFrame;
+    bool mNoCreases = false, mNoShadows = false, mOcclusion = false;
     ImportOptions mImport;
 };
 

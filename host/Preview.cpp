@@ -139,9 +139,12 @@ void Preview::SetShaderLog(const BPath& file)
 bool Preview::PrepareContext()
 {
     if (mEngineReady)
-        return !mOwnContext || mContext->offscreen.MakeCurrent() || Fail("the OpenGL context is lost");
+        return ((!mOwnContext || mContext->offscreen.MakeCurrent()) && ContextIsAlive()) ||
+               Fail("the OpenGL context is lost");
     if (mOwnContext && !mContext->offscreen.Create())
         return Fail(mContext->offscreen.Error());
+    if (!ContextIsAlive())
+        return Fail("no OpenGL context is current on this thread");
     mContextDescription = mOwnContext ? mContext->offscreen.Description() : "window: " + DescribeGL();
     const BString problem = mEngine->Init();
     if (!problem.IsEmpty())
@@ -151,6 +154,24 @@ bool Preview::PrepareContext()
 }
 
 // --- What a picture needs of the scene
+
+// Read once, and again only when another file is asked for.
+bool Preview::ApplyBackgroundPicture(const PreviewOptions& options)
+{
+    if (options.backgroundPicture == mBackgroundFile && options.backgroundFit == mApplied.backgroundFit)
+        return true;
+    PicturePtr picture;
+    if (!options.backgroundPicture.IsEmpty())
+    {
+        BString why;
+        picture = ReadPicture(options.backgroundPicture, why);
+        if (!picture)
+            return Fail(options.backgroundPicture.FullPath() + ": " + why);
+    }
+    mEngine->SetBackgroundPicture(std::move(picture), options.backgroundFit);
+    mBackgroundFile = options.backgroundPicture;
+    return true;
+}
 
 void Preview::ApplyStyle(const PreviewOptions& options)
 {
@@ -169,6 +190,11 @@ void Preview::ApplyStyle(const PreviewOptions& options)
     mScene->SetDrawDropShadows(options.shadows && !data);
     mScene->SetDepthCueOn(options.depthCue);
     mScene->SetDepthCueRange(0, 0); // that of the content
+    mScene->SetShowProdutionFrame(options.productionFrame > 0);
+    mScene->SetProductionFrameAspectRatio(options.productionFrame);
+    mEngine->SetOcclusion(options.occlusion);
+    mEngine->SetWaterMarkOn(!options.watermark.IsEmpty());
+    mEngine->SetWatermarkString(options.watermark);
 
     // A preset marks every object changed, so it is set only when something about it is new.
     if (mStyled && options.mode == mApplied.mode && options.backFaces == mApplied.backFaces &&
@@ -321,6 +347,8 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
         return false;
     VXScene::SetCurrentScene(mScene.get());
     Derive(options);
+    if (!ApplyBackgroundPicture(options))
+        return false;
     ApplyStyle(options);
     ApplyShaders(options);
     ApplyGround(options);
@@ -345,8 +373,11 @@ PicturePtr Preview::Render(const PreviewOptions& options)
                              options.height, kLargest));
         return nullptr;
     }
-    const int scale = options.samples > 8 ? 2 : 1;
-    return RenderTiles(options, FitToScene(options), scale, scale == 2 ? 4 : std::max(options.samples, 1));
+    // Where there is no multisampling, four pixels for each one of the picture take its place.
+    const bool multisampled = Framebuffer::MostSamples() > 1;
+    const int scale = options.samples > (multisampled ? 8 : 1) ? 2 : 1;
+    const int samples = !multisampled ? 1 : scale == 2 ? 4 : std::max(options.samples, 1);
+    return RenderTiles(options, FitToScene(options), scale, samples);
 }
 
 // The part of a projection that a tile shows, blown up to fill clip space.

@@ -4,6 +4,7 @@
 #include "VelmarHostExport.h"
 #include "base/BPath.h"
 #include "host/PreviewSetup.h"
+#include "host/gl/PictureLook.h"
 #include "host/gl/PolyMarks.h"
 #include "host/gl/VectorLines.h"
 #include "host/image/Picture.h"
@@ -41,10 +42,15 @@ struct PreviewOptions
     BackgroundStyle background = BackgroundStyle::Gradient;
     VERTEX backgroundTop{0.54f, 0.58f, 0.63f}; ///< as colours are written, 0..1
     VERTEX backgroundBottom{0.87f, 0.88f, 0.89f};
-    bool ground = false;                  ///< a plane under the model
-    bool shadows = true;                  ///< a soft shadow on the ground, with or without the plane
-    bool edgeLines = false;               ///< creases and borders drawn as lines over the surfaces
-    bool depthCue = false;                ///< what is far fades into the background
+    bool ground = false;                                ///< a plane under the model
+    bool shadows = true;                                ///< a soft shadow on the ground, with or without the plane
+    bool edgeLines = false;                             ///< creases and borders drawn as lines over the surfaces
+    bool depthCue = false;                              ///< what is far fades into the background
+    OcclusionQuality occlusion = OcclusionQuality::Off; ///< corners and contacts are darker
+    BPath backgroundPicture;                            ///< a file, shown over the background's colours; empty for none
+    PictureFit backgroundFit = PictureFit::Crop;
+    BString watermark;                    ///< a line of text in the lower right corner
+    float productionFrame = 0;            ///< width over height; what is outside of this frame is darkened; 0 for none
     VectorKind vectors = VectorKind::Off; ///< drawn as short lines over the surfaces
     std::vector<Highlight> highlights;    ///< groups shown on the surfaces that have them
     bool backFaces = true;                ///< shown, in a colour of their own; off: culled
@@ -108,6 +114,7 @@ private:
     struct Context;
     bool Fail(const BString& problem);
     bool Took(const VXObject* object);
+    bool ApplyBackgroundPicture(const PreviewOptions& options);
     void ApplyStyle(const PreviewOptions& options);
     void ApplyShaders(const PreviewOptions& options);
     void ApplyGround(const PreviewOptions& options);
@@ -128,5 +135,6 @@ private:
     bool mStyled = false, mGroundStale = true;
     bool mOwnScheme = false; ///< by which the levels there are were made
     PreviewOptions mApplied; ///< what the scene is styled for
+    BPath mBackgroundFile;   ///< that the engine shows
 };
 } // namespace vx

@@ -23,6 +23,12 @@ Kd 0.8 0.63 0.27
 Ks 0.8 0.7 0.4
 Ns 70
 
+newmtl dial
+Kd 0.8 0.63 0.27
+Ks 0.8 0.7 0.4
+Ns 70
+map_Kd dial.png
+
 newmtl zinc
 Kd 0.33 0.34 0.37
 Ks 0.6 0.6 0.6
@@ -189,6 +195,7 @@ void AddFittings(ObjModel& model)
     model.Material("brass");
     model.Smooth(5);
     model.Place({0, 46, 0}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}); // turned about the bearing's axis
+    constexpr double kDialRepeats = 8;
     AddLathe(model,
              {{9.1, -2},
               {11.2, -2},
@@ -197,11 +204,11 @@ void AddFittings(ObjModel& model)
               {16.2, 10},
               {17, 10.8},
               {17, 13.2},
-              {16.2, 14},
-              {9.1, 14},
-              {8.5, 13.4},
+              {16.2, 14, nullptr, 0},
+              {9.1, 14, "dial", 1},
+              {8.5, 13.4, "brass"},
               {8.5, -1.4}},
-             kHoleSegments, LatheEnds::Joined);
+             kHoleSegments, LatheEnds::Joined, kDialRepeats);
 
     model.Object("Bolts");
     model.Group("fittings bolts");
@@ -229,6 +236,38 @@ void AddCentreLine(ObjModel& model, Vec3 from, Vec3 way, double length)
     model.Points({model.Vert(from)});
 }
 
+// How much brass there is at a place of the dial's enamel: an eighth of the way round, nine degrees of five each, the
+// first of them long, and a rim. v runs inwards.
+double Brass(double u, double v)
+{
+    const double degree = u * 9, off = std::fabs(degree - std::round(degree));
+    const bool first = std::fmod(std::round(degree), 9) == 0;
+    const bool tick = off < (first ? 0.17 : 0.11) && v > 0.1 && v < (first ? 0.72 : 0.46);
+    return tick || v > 0.9 || v < 0.05 ? 1 : 0;
+}
+
+std::string Dial()
+{
+    constexpr int kSize = 128, kSamples = 4;
+    std::vector<unsigned char> pixels;
+    for (int row = 0; row < kSize; ++row)
+    {
+        for (int column = 0; column < kSize; ++column)
+        {
+            double sum = 0;
+            for (int k = 0; k < kSamples * kSamples; ++k)
+                sum += Brass((column + (k % kSamples + 0.5) / kSamples) / kSize,
+                             1 - (row + (k / kSamples + 0.5) / kSamples) / kSize);
+            pixels.push_back(static_cast<unsigned char>(std::lround(15 * sum / (kSamples * kSamples))));
+        }
+    }
+    std::array<std::array<unsigned char, 3>, 16> palette; // enamel to brass
+    for (int i = 0; i < 16; ++i)
+        palette[std::size_t(i)] = {static_cast<unsigned char>(24 + 13 * i), static_cast<unsigned char>(44 + 9 * i),
+                                   static_cast<unsigned char>(62 + 2 * i)};
+    return PngBytes(kSize, kSize, pixels, palette);
+}
+
 } // namespace
 
 std::vector<SampleFile> BracketFiles()
@@ -242,5 +281,5 @@ std::vector<SampleFile> BracketFiles()
     AddCentreLine(model, {42, 17.6, 0}, {0, 1, 0}, 16);
     AddCentreLine(model, {73, 17.6, 0}, {0, 1, 0}, 16);
     AddCentreLine(model, {-6, 46, 0}, {1, 0, 0}, 46);
-    return {{"bracket.obj", model.Text()}, {"bracket.mtl", kMaterials}};
+    return {{"bracket.obj", model.Text()}, {"bracket.mtl", kMaterials}, {"dial.png", Dial()}};
 }

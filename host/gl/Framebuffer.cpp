@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <climits>
 
 namespace vx
 {
@@ -19,12 +20,27 @@ static GLuint NewStorage(GLenum format, int width, int height, int samples)
     return buffer;
 }
 
+static int sPretendedSide = INT_MAX, sPretendedSamples = INT_MAX;
+
+void Framebuffer::PretendLimits(int side, int samples)
+{
+    sPretendedSide = side;
+    sPretendedSamples = samples;
+}
+
+int Framebuffer::MostSamples()
+{
+    GLint most = 0;
+    glGetIntegerv(GL_MAX_SAMPLES, &most);
+    return std::clamp(int(most), 1, sPretendedSamples);
+}
+
 int Framebuffer::LargestSide()
 {
     GLint side = 0, viewport[2] = {};
     glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &side);
     glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
-    return std::min({int(side), int(viewport[0]), int(viewport[1])});
+    return std::min({int(side), int(viewport[0]), int(viewport[1]), sPretendedSide});
 }
 
 BString Framebuffer::Create(int width, int height, int samples)
@@ -35,12 +51,10 @@ BString Framebuffer::Create(int width, int height, int samples)
     if (width < 1 || height < 1 || width > LargestSide() || height > LargestSide())
         return BString::Format("a picture of %d x %d pixels cannot be drawn here: 1 to %d a side", width, height,
                                LargestSide());
-    GLint most = 0;
-    glGetIntegerv(GL_MAX_SAMPLES, &most);
     mWidth = width;
     mHeight = height;
     mWishedSamples = samples;
-    mSamples = std::clamp(samples, 1, std::max(int(most), 1));
+    mSamples = std::clamp(samples, 1, MostSamples());
     mColour = NewStorage(GL_RGBA8, width, height, mSamples);
     mDepth = NewStorage(GL_DEPTH24_STENCIL8, width, height, mSamples);
     glGenFramebuffers(1, &mDrawBuffer);

@@ -39,6 +39,9 @@ public:
     int Height() const { return mHeight; }
     int Samples() const { return mSamples; } ///< what the driver gave
     static int LargestSide();                ///< pixels that a target may have on a side
+    static int MostSamples();                ///< of a pixel, 1 where there is no multisampling
+    /// For tests: as if the driver offered no more than this. Large numbers lift the limits.
+    static void PretendLimits(int side, int samples);
 
 private:
     void Average(); // into the plain copy, which is bound for reading

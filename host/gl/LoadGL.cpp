@@ -27,6 +27,14 @@ BString LoadGL()
     return {};
 }
 
+bool ContextIsAlive()
+{
+    if (!glGetString(GL_VERSION))
+        return false;
+    // Contexts that were not asked to tell of resets answer that there was none.
+    return !glGetGraphicsResetStatus || glGetGraphicsResetStatus() == GL_NO_ERROR;
+}
+
 BString DescribeGL()
 {
     const auto text = [](GLenum what)

@@ -10,6 +10,9 @@ namespace vx
 /// @return empty when all that the draw engine needs is there; otherwise what is missing, in words
 VELMAR_HOST_EXPORT BString LoadGL();
 
+/// Whether a context is current on this thread, and has not been lost by a reset of the graphics card.
+VELMAR_HOST_EXPORT bool ContextIsAlive();
+
 /// "renderer, version" of the current context.
 VELMAR_HOST_EXPORT BString DescribeGL();
 

@@ -98,6 +98,9 @@ void main()
     if (texelFetch(uMarks, texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r).r == 0)
         discard;
     oColor = Cued(uFill, -vPosition.z);
+#elif defined(SHADE_OCCLUSION)
+    // Of the surface as it is: with smoothed normals every edge of a coarse mesh would darken its own polygons.
+    oColor = vec4(normalize(cross(dFdx(vPosition), dFdy(vPosition))), -vPosition.z);
 #elif defined(SHADE_FILL)
     oColor = uFill.a < 0.0 ? Background() : Cued(uFill, -vPosition.z);
 #elif defined(SHADE_DEPTH)

@@ -20,6 +20,7 @@ static constexpr std::int64_t kFramesToKeep = 300;
 VXGLDrawEngine::VXGLDrawEngine()
 {
     MAT_Identity(mProjection);
+    MAT_Identity(mPaddedProjection);
     MAT_Identity(mShadowView);
     MAT_Identity(mShadowToClip);
     mPlacement = {};
@@ -63,6 +64,11 @@ void VXGLDrawEngine::ReleaseGL()
     mFrameBuffer = mSegmentIndices = mVertexArray = mShadowFrame = mShadowDepth = 0;
     mShadowMaps[0] = mShadowMaps[1] = 0;
     mNumSegments = 0;
+    mBackTexture.Release();
+    mOverlayTexture.Release();
+    mWatermarkTexture.Release();
+    mWatermarkText.Empty();
+    ReleaseOcclusion();
     mShadowMapValid = mReady = false;
 }
 
@@ -104,9 +110,11 @@ vx::Program* VXGLDrawEngine::Variant(std::uint32_t key, const char* name, const 
         {
             const char* sampler;
             int unit;
-        } kUnits[] = {{"uTexture", 0},       {"uMap", 0},      {"uPositions", 1},
-                      {"uNormals", 2},       {"uSegments", 3}, {"uPolyNormals", 4},
-                      {"uTrianglePolys", 5}, {"uMarks", 6},    {"uBackPicture", kBackPictureUnit}};
+        } kUnits[] = {{"uTexture", 0},       {"uMap", 0},
+                      {"uPositions", 1},     {"uNormals", 2},
+                      {"uSegments", 3},      {"uPolyNormals", 4},
+                      {"uTrianglePolys", 5}, {"uMarks", 6},
+                      {"uGeometry", 7},      {"uBackPicture", kBackPictureUnit}};
         for (const auto& [sampler, unit] : kUnits)
             glUniform1i(slot->Uniform(sampler), unit); // -1, for one that is not used, is ignored
     }
@@ -157,12 +165,14 @@ void VXGLDrawEngine::EndFrameState()
     glUseProgram(0);
     glBindVertexArray(0);
     glBindBufferBase(GL_UNIFORM_BUFFER, 0, 0);
-    for (GLenum unit = 0; unit < 7; ++unit)
+    for (GLenum unit = 0; unit < 8; ++unit)
     {
         glActiveTexture(GL_TEXTURE0 + unit);
         glBindTexture(GL_TEXTURE_BUFFER, 0);
         glBindTexture(GL_TEXTURE_2D, 0);
     }
+    glActiveTexture(GL_TEXTURE0 + kBackPictureUnit);
+    glBindTexture(GL_TEXTURE_2D, 0);
     glActiveTexture(GL_TEXTURE0);
     glPopAttrib();
     const BString errors = vx::PendingGLErrors();

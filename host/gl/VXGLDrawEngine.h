@@ -6,9 +6,12 @@
 #include "draw/VXSceneDrawOptions.h"
 #include "host/gl/EdgeLines.h"
 #include "host/gl/GeomBuffers.h"
+#include "host/gl/PictureLook.h"
+#include "host/gl/PictureTexture.h"
 #include "host/gl/PolyMarks.h"
 #include "host/gl/Program.h"
 #include "host/gl/VectorLines.h"
+#include "host/image/Picture.h"
 #include "material/VXMaterialColor4.h"
 
 #include <cstdint>
@@ -46,8 +49,11 @@ public:
 
     // --- Settings of the picture
     void SetBackground(const VXMaterialColor4& top, const VXMaterialColor4& bottom, float alpha);
-    void SetTextures(vx::TextureTable* table) { mTextures = table; } ///< borrowed; null for no textures
-    void SetUpAxis(const VERTEX& up) { mUp = up; }                   ///< world axis, y or z
+    /// Behind everything, over the colours of the background. Null for none.
+    void SetBackgroundPicture(std::shared_ptr<const CPB_Offscreen> picture, vx::PictureFit fit);
+    void SetOcclusion(vx::OcclusionQuality quality) { mOcclusion = quality; } ///< ambient light is kept from corners
+    void SetTextures(vx::TextureTable* table) { mTextures = table; }          ///< borrowed; null for no textures
+    void SetUpAxis(const VERTEX& up) { mUp = up; }                            ///< world axis, y or z
     void SetBackFaceColor(const VXMaterialColor4& color) { mBackFaceColor = color; }
     /// Device pixels for one pixel of the finished picture: lines keep their width when a picture is drawn larger to be
     /// reduced.
@@ -142,6 +148,13 @@ public:
     void DrawGroupToolObject(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXScene* scene) override;
     void DrawGroupToolMember(VXGeom* geom, VXMaterial* objectMode, VXMaterial* sceneMode, VXObject* object) override;
 
+    // --- Hooks: VXGLDrawEngineOverlays.cpp
+    void DrawOverlayPicture(VXScene* scene) override; ///< the overlay image, fitted, and the production frame
+    void DrawWaterMark(VXScene* scene) override;
+
+    // --- Hooks: VXGLDrawEngineOcclusion.cpp
+    void EnableAOPrepShader() override; ///< begins the pass that draws normals and distances
+
     // --- Hooks: VXGLDrawEngineShadow.cpp
     void BeginDropShadow() override;
     void EndDropShadow() override;
@@ -208,7 +221,7 @@ private:
     Placement PlacementOf(const VXObject& object) const;
     void SetDepthState(bool test, bool write);
     void SetBlend(bool on);
-    void SetSurfaceOffset(bool on, bool backFaces = false);
+    void SetSurfaceOffset(bool on);
     bool DrawsLinesOver(const VXMaterial* mode) const;
     void SetCulling(const VXMaterial* mode, bool mirrored);
     static bool ShowsData(const VXMaterial* mode); ///< depth or normals instead of a look
@@ -258,6 +271,22 @@ private:
     void DrawVertMarks(Geometry& geometry, int slot, const BBitArray& marked, const VXMaterialColor4& color);
     bool ToolColorsWires() const;
 
+    // VXGLDrawEngineOverlays.cpp
+    void WholeSize(float size[2]) const;
+    void PlaceBackPicture(FrameBlock& block);
+    void PrepareOverlay();
+    void DrawPictureAt(const vx::PictureTexture& picture, float x, float y, float width, float height, float opacity);
+    void DrawProductionFrame(float aspect);
+
+    // VXGLDrawEngineOcclusion.cpp
+    bool WantsOcclusion() const;
+    bool MakeOcclusionMaps(int width, int height);
+    void ReleaseOcclusion();
+    void DrawOcclusion();
+    float OcclusionRadius() const;
+    void FindOpenness(const float padding[2], int margin);
+    void ComposeOcclusion(int reduced, int margin);
+
     // VXGLDrawEngineShadow.cpp
     bool MakeShadowMap();
     void BlurShadowMap();
@@ -274,6 +303,9 @@ private:
     float mShadowDensity = 0.32f;
     vx::VectorKind mVectors = vx::VectorKind::Off;
     std::vector<vx::Highlight> mHighlights;
+    std::shared_ptr<const CPB_Offscreen> mBackPicture;
+    vx::PictureFit mBackFit = vx::PictureFit::Crop;
+    vx::OcclusionQuality mOcclusion = vx::OcclusionQuality::Off;
     bool mMemberWires = false; ///< while the wires of a shown group member are drawn
 
     // Lives in the context
@@ -289,6 +321,12 @@ private:
     std::uint32_t mSegmentIndices = 0;
     std::int32_t mNumSegments = 0;
     std::uint32_t mShadowFrame = 0, mShadowDepth = 0, mShadowMaps[2] = {};
+    vx::PictureTexture mBackTexture, mOverlayTexture, mWatermarkTexture;
+    BString mWatermarkText; ///< that the texture shows, of this size
+    int mWatermarkPixels = 0, mWatermarkWidest = 0;
+    std::uint32_t mOcclusionFrame = 0, mOcclusionDepth = 0, mOcclusionMaps[2] = {};
+    int mOcclusionWidth = 0, mOcclusionHeight = 0;
+    bool mOcclusionRefused = false; ///< by the driver
 
     // Of generated surfaces
     bool mVetoDeepShaderTest = false;
@@ -304,6 +342,7 @@ private:
     BString mError;
     std::int32_t mTargetFrame = 0, mTargetViewport[4] = {};
     Mat44 mProjection;
+    Mat44 mPaddedProjection; ///< of the ambient-occlusion pass, with a margin around the picture
     bool mOrtho = false;
     int mNumFarLights = 0; ///< 0 when some light is near
     bool mPassLighting = true;

@@ -146,7 +146,8 @@ void VXGLDrawEngine::DrawWires(const VXElementBatch& batch)
 
 void VXGLDrawEngine::DrawLineElements(const VXElementBatch& batch)
 {
-    if (DoingDropShadow() || GetDrawPass() == kPickPass || ShowsData(batch.drawMode) || !mBuffers->NeedLineElements())
+    if (DoingDropShadow() || DoingAO() || GetDrawPass() == kPickPass || ShowsData(batch.drawMode) ||
+        !mBuffers->NeedLineElements())
         return;
     LineStyle style;
     const bool points = batch.kind == VXElementKind::Points;

@@ -137,6 +137,7 @@ void VXGLDrawEngine::FillFrameBlock()
     if (Scene()->SceneMaterial()->GetFlagDepthOnly())
         FindDepths(block.depths);
     FindDepthCue(block.cue);
+    PlaceBackPicture(block);
     glBindBuffer(GL_UNIFORM_BUFFER, mFrameBuffer);
     glBufferSubData(GL_UNIFORM_BUFFER, 0, sizeof block, &block);
     glBindBuffer(GL_UNIFORM_BUFFER, 0);
@@ -149,7 +150,8 @@ VXGLDrawEngine::Placement VXGLDrawEngine::PlacementOf(const VXObject& object) co
     Placement out = {};
     const bool shadow = mDrawingShadowMap;
     MAT_Concat4x4(object.GetTransform(), shadow ? mShadowView : Camera(), out.modelView);
-    MAT_Concat4x4(out.modelView, shadow ? mShadowToClip : mProjection, out.toClip);
+    const Mat44& seen = GetDrawPass() == kAmbientOcclusionPass ? mPaddedProjection : mProjection;
+    MAT_Concat4x4(out.modelView, shadow ? mShadowToClip : seen, out.toClip);
     Mat44 inverse;
     MAT_Inverse(out.modelView, inverse, 3);
     for (int i = 0; i < 3; ++i)
@@ -166,6 +168,8 @@ VXGLDrawEngine::Placement VXGLDrawEngine::PlacementOf(const VXObject& object) co
 
 void VXGLDrawEngine::PrepareMainPass(VXMaterial* drawMode)
 {
+    if (GetDrawPass() == kNormalSecondPass)
+        DrawOcclusion(); // of what is opaque, which has been drawn
     mPassMode = drawMode;
     SetDepthState(true, true);
     SetBlend(false);
@@ -173,13 +177,12 @@ void VXGLDrawEngine::PrepareMainPass(VXMaterial* drawMode)
 }
 
 // Surfaces stand back a little for the lines that are drawn on them: by the slope within half a line's width, and by
-// the smallest step of the depth buffer. Back faces stand back further: at a silhouette, where front and back meet and
-// both are steep, they would come out before their fronts in places.
-void VXGLDrawEngine::SetSurfaceOffset(bool on, bool backFaces)
+// the smallest step of the depth buffer.
+void VXGLDrawEngine::SetSurfaceOffset(bool on)
 {
     mSurfaceOffset = on;
     on ? glEnable(GL_POLYGON_OFFSET_FILL) : glDisable(GL_POLYGON_OFFSET_FILL);
-    glPolygonOffset(backFaces ? 4.0f : 1.25f, backFaces ? 8.0f : 1.0f);
+    glPolygonOffset(1.25f, 1.0f);
 }
 
 void VXGLDrawEngine::PrepareObjectPass(VXMaterial* drawMode)

@@ -27,6 +27,7 @@ enum SurfaceBit : std::uint32_t
     kShadeHeight,
     kShadeGround,
     kShadeMark,
+    kShadeOcclusion,
     kFlat = 1u << 4,
     kTexture = 1u << 5,
     kVertexColors = 1u << 6,
@@ -35,7 +36,7 @@ enum SurfaceBit : std::uint32_t
 };
 
 constexpr const char* kShadeNames[] = {"SHADE_LIT",  "SHADE_TOON",   "SHADE_FILL",   "SHADE_DEPTH", "SHADE_NORMALS",
-                                       "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK"};
+                                       "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK",  "SHADE_OCCLUSION"};
 
 VERTEX Linear(const VXMaterialColor4& c)
 {
@@ -79,6 +80,8 @@ std::uint32_t VXGLDrawEngine::SurfaceVariant(const VXElementBatch& batch)
         return kShadeHeight;
     if (GetDrawPass() == kPickPass)
         return kShadePick;
+    if (DoingAO())
+        return kShadeOcclusion;
     if (mode.GetFlagDepthOnly())
         return kShadeDepth;
     const std::uint32_t flat = mNormalData && mBuffers->NeedNormals() ? 0 : std::uint32_t(kFlat);
@@ -253,8 +256,10 @@ void VXGLDrawEngine::DrawSurface(const VXElementBatch& batch)
 {
     if (DoingDropShadow() && !mDrawingShadowMap)
         return; // the map still holds what it would show
-    if (ShowsData(batch.drawMode) && IsGround(CurrentObject()))
+    if ((ShowsData(batch.drawMode) || DoingAO()) && IsGround(CurrentObject()))
         return;
+    if (DoingAO() && batch.transparent)
+        return; // what is clear keeps no light from others
     if (!mBuffers->NeedTriangles())
         return;
     const Range range = mBuffers->Triangles(batch.kind, batch.first, batch.count);
@@ -302,7 +307,7 @@ void VXGLDrawEngine::DrawFilled(const VXElementBatch& batch, const Range& range)
         DrawTriangles(range);
         SetCullFace(false, true);
     }
-    else if (!mDrawingShadowMap)
+    else if (!mDrawingShadowMap && !DoingAO())
         DrawUnderLines(batch.drawMode, range);
     else
         DrawTriangles(range);
@@ -311,19 +316,12 @@ void VXGLDrawEngine::DrawFilled(const VXElementBatch& batch, const Range& range)
 // Surfaces of styles that draw lines on them stand back for these.
 void VXGLDrawEngine::DrawUnderLines(const VXMaterial* mode, const Range& range)
 {
-    if (!DrawsLinesOver(mode))
-        return DrawTriangles(range);
-    if (!mCull)
-    {
-        SetSurfaceOffset(true, true);
-        SetCullFace(true, false);
-        DrawTriangles(range);
-    }
-    SetSurfaceOffset(true);
-    SetCullFace(true, true);
+    const bool lines = DrawsLinesOver(mode);
+    if (lines)
+        SetSurfaceOffset(true);
     DrawTriangles(range);
-    SetCulling(mode, mPlacement.mirrored);
-    SetSurfaceOffset(false);
+    if (lines)
+        SetSurfaceOffset(false);
 }
 
 // --- Marks on surfaces

@@ -59,7 +59,8 @@ vec4 Background()
     if (uCue.w > 0.5)
     {
         vec2 at = place * uPicture.xy + uPicture.zw;
-        vec4 picture = textureLod(uBackPicture, at, 0.0);
+        float texels = float(textureSize(uBackPicture, 0).x) * uPicture.x * uTile.x / uViewport.x; // in a pixel
+        vec4 picture = textureLod(uBackPicture, at, max(log2(texels), 0.0));
         bool inside = all(greaterThanEqual(at, vec2(0.0))) && all(lessThanEqual(at, vec2(1.0)));
         picture *= inside ? 1.0 : 0.0;
         color = picture + color * (1.0 - picture.a);
