@@ -31,6 +31,7 @@ public:
     void Wheel(float steps, Modifiers modifiers, float x, float y);
     void Key(int key, Modifiers modifiers); ///< as GLFW numbers them; others than those of Keys() do nothing
     bool IsDragging() const { return mDrag != Drag::Off; }
+    float PixelScale() const { return mPixelScale; }
     void SetPixelScale(float scale) { mPixelScale = scale; } ///< device pixels for each pixel as a hand knows them
 
     // What the window has to do

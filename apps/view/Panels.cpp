@@ -274,6 +274,7 @@ void Panels::DrawLook()
     Switch("Edge lines", &PreviewOptions::edgeLines);
     ImGui::SameLine(Em(9));
     Switch("Back faces", &PreviewOptions::backFaces);
+    Switch("Depth cue", &PreviewOptions::depthCue);
 }
 
 void Panels::DrawSurface()
@@ -288,7 +289,7 @@ void Panels::DrawSurface()
     ImGui::SameLine();
     ImGui::SetNextItemWidth(-FLT_MIN);
     ImGui::BeginDisabled(!creases);
-    changed |= ImGui::SliderFloat("##angle", &angle, 0, 180, "from %.0f\xC2\xB0", ImGuiSliderFlags_AlwaysClamp);
+    changed |= ImGui::SliderFloat("##angle", &angle, 0, 180, "%.0f\xC2\xB0", ImGuiSliderFlags_AlwaysClamp);
     ImGui::EndDisabled();
     if (changed)
         mSession.SetCreases(creases, angle);
@@ -321,7 +322,6 @@ void Panels::DrawCamera()
     for (const Session::NamedCamera& camera : mSession.Cameras())
         names.push_back(camera.name.c_str());
     int chosen = mSession.CameraIndex();
-    Label("Camera");
     ImGui::SetNextItemWidth(ImGui::GetContentRegionAvail().x - Em(3.6f));
     if (Choose("##camera", names.data(), int(names.size()), chosen))
         mSession.UseCamera(chosen);
@@ -377,9 +377,10 @@ void Panels::DrawSelection()
     else if (which == 2)
         mSession.ChangeSelection().Invert();
 
-    constexpr const char* kSides[] = {"from +x", "from -x", "from +y", "from -y", "from +z", "from -z"};
+    constexpr const char* kSides[] = {"what is at +x", "what is at -x", "what is at +y",
+                                      "what is at -y", "what is at +z", "what is at -z"};
     Label("Mirror");
-    if (ImGui::BeginCombo("##mirror", "the side", ImGuiComboFlags_HeightLargest))
+    if (ImGui::BeginCombo("##mirror", "choose a side", ImGuiComboFlags_HeightLargest))
     {
         for (int side = 0; side < int(std::size(kSides)); ++side)
             if (ImGui::Selectable(kSides[side]))
@@ -458,8 +459,11 @@ void Panels::DrawStatus(float width, float height)
     }
     const char* const help = "H: keys";
     const float right = ImGui::GetWindowWidth() - ImGui::CalcTextSize(help).x - Em(0.7f);
-    ImGui::SameLine(std::max(right, ImGui::GetCursorPosX()));
-    ImGui::TextDisabled("%s", help);
+    if (right > ImGui::GetCursorPosX())
+    {
+        ImGui::SameLine(right);
+        ImGui::TextDisabled("%s", help);
+    }
     ImGui::End();
     ImGui::PopStyleColor();
     ImGui::PopStyleVar(2);

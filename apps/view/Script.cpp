@@ -64,7 +64,7 @@ struct Size
 };
 std::optional<Size> ReadSize(std::string_view text)
 {
-    constexpr int kLargest = 16384;
+    constexpr int kLargest = 8192;
     const std::size_t cross = text.find('x');
     const auto width = ReadNumber<int>(text.substr(0, cross));
     const auto height = ReadNumber<int>(cross < text.size() ? text.substr(cross + 1) : "");
@@ -109,7 +109,7 @@ std::string Expected(Kind kind, const std::string& text)
     if (kind == Kind::Count)
         return ReadNumber<int>(text).value_or(-1) >= 0 ? "" : "a whole number from 0";
     if (kind == Kind::Size)
-        return ReadSize(text) ? "" : "WIDTHxHEIGHT from 1x1 to 16384x16384";
+        return ReadSize(text) ? "" : "WIDTHxHEIGHT from 1x1 to 8192x8192";
     const std::vector<std::string> choices = ChoicesOf(kind);
     const bool fits = choices.empty() || std::find(choices.begin(), choices.end(), text) != choices.end();
     return fits ? "" : cli::Listed(choices);
@@ -280,6 +280,8 @@ std::vector<Command> MakeCommands()
              return session(h).SetSubdivision(CountOf(a[0]), own);
          }},
         OnOff("cage", "control meshes over their surfaces", [=](Host h, bool on) { session(h).Change().cage = on; }),
+        OnOff("depth-cue", "what is far fades into the background",
+              [=](Host h, bool on) { session(h).Change().depthCue = on; }),
         OnOff("edge-lines", "hard edges and borders as lines",
               [=](Host h, bool on) { session(h).Change().edgeLines = on; }),
         OnOff("shadows", "the shadow on the ground", [=](Host h, bool on) { session(h).Change().shadows = on; }),

@@ -8,6 +8,7 @@
 #include "engine/VXCamera.h"
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
+#include "engine/VXSwitches.h"
 #include "host/gl/VXGLDrawEngine.h"
 #include "host/import/ElementParts.h"
 
@@ -295,11 +296,18 @@ void Session::SyncCameras()
     scene.SetCurCamera(mCamera);
 }
 
+// Meshes that are derived anew are so by the method that they were read with, which is a setting of the whole process.
+void Session::Gather(BArray<VERTEX>& points, BArray<VERTEX>& around)
+{
+    const VXSwitches::Scoped method(VXGeom::GenCreaseMethod, VXGeom::SetGenCreaseMethod, mImport.creaseMethod);
+    mOptions.view = Camera().Look();
+    mPreview->GatherContent(mOptions, points, around);
+}
+
 void Session::FrameNow()
 {
-    mOptions.view = Camera().Look();
     BArray<VERTEX> points, around;
-    mPreview->GatherContent(mOptions, points, around);
+    Gather(points, around);
     OrbitCamera& camera = mCameras[std::size_t(mCamera)].camera;
     camera.Frame({points.Data(), std::size_t(points.Count())}, {around.Data(), std::size_t(around.Count())}, Aspect());
     camera.Zoom(mStartZoom);
@@ -364,9 +372,8 @@ void Session::Derive()
         mOptions.ground != mDerived.ground || mOptions.shadows != mDerived.shadows || mOptions.cage != mDerived.cage;
     if (!mDeriveStale && !groundMoved)
         return;
-    mOptions.view = Camera().Look();
     BArray<VERTEX> points, around;
-    mPreview->GatherContent(mOptions, points, around);
+    Gather(points, around);
     VXBBox box;
     box.Extend(points.Data(), int(points.Count()));
     box.Extend(around.Data(), int(around.Count()));

@@ -87,6 +87,7 @@ public:
     // --- Drawing
     bool IsStale() const { return mStale; }
     void Touch() { mStale = true; }
+    void Drawn() { mStale = false; } ///< also when it could not be: trying again would not help
     /// Into the framebuffer and viewport that are current. False when that failed, which has been told.
     bool Draw(float pixelScale);
     struct Statistics
@@ -115,6 +116,7 @@ private:
     BString Load(const std::vector<BPath>& models, bool keepView);
     void Take(std::unique_ptr<Preview> preview, bool keepView);
     std::vector<BPath> FilesOf(Preview& preview, const std::vector<BPath>& models) const;
+    void Gather(BArray<VERTEX>& points, BArray<VERTEX>& around);
     void FrameNow();
     void Derive();
     void Count();

@@ -240,26 +240,18 @@ void Window::FitTitle()
 
 // --- Drawing
 
-void Window::DrawPicture(const Place& place)
+BString Window::DrawPicture(const Place& place)
 {
-    mSession.SetSize(place.width, place.height);
-    if (!mSession.IsStale())
-        return;
     const BString problem = mTarget.Create(place.width, place.height, std::min(mSession.Options().samples, 4));
     if (!problem.IsEmpty())
-    {
-        mSession.Tell(problem, true);
-        return;
-    }
+        return problem;
     const auto start = std::chrono::steady_clock::now();
     mTarget.Bind();
-    float content = 1, ignored = 1;
-    glfwGetWindowContentScale(mWindow, &content, &ignored);
-    mSession.Draw(content * mOwnScale);
+    const bool drawn = mSession.Draw(mControls.PixelScale());
     glFinish();
     mSession.SetMilliseconds(
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
-    mRedraws = std::max(mRedraws, 2); // for the counts in the panels
+    return drawn ? BString() : BString(mSession.Telling().text);
 }
 
 void Window::Draw()
@@ -282,7 +274,15 @@ void Window::Draw()
     const Place place = PictureNow();
     if (place.width > 0 && place.height > 0)
     {
-        DrawPicture(place);
+        mSession.SetSize(place.width, place.height);
+        if (mSession.IsStale())
+        {
+            mProblem = DrawPicture(place);
+            mRedraws = std::max(mRedraws, 2); // for the counts in the panels
+            if (!mProblem.IsEmpty())
+                mSession.Tell(mProblem, true);
+            mSession.Drawn();
+        }
         mTarget.CopyToWindow(place.x, place.y);
     }
     ImGui_ImplOpenGL3_RenderDrawData(ImGui::GetDrawData());
@@ -362,7 +362,7 @@ BString Window::DrawNow()
         if (place.width < 1 || place.height < 1)
             return "the window is too small to show anything";
     }
-    return {};
+    return mProblem;
 }
 
 BString Window::Resize(int width, int height)

@@ -61,9 +61,9 @@ private:
     Place PictureNow() const;
     float Density() const; ///< device pixels for each unit of events
     bool OverPicture(double x, double y, float& pictureX, float& pictureY) const;
-    void LookAround(); ///< files, messages, wishes of the controls
-    void Draw();       ///< one frame of the window; the picture only when it is stale
-    void DrawPicture(const Place& place);
+    void LookAround();                       ///< files, messages, wishes of the controls
+    void Draw();                             ///< one frame of the window; the picture only when it is stale
+    BString DrawPicture(const Place& place); ///< empty, or what went wrong
     void WaitForEvents();
 
     Session& mSession;
@@ -75,6 +75,7 @@ private:
     bool mScaleStale = true;
     Framebuffer mTarget;
     std::string mTitle;
+    BString mProblem; ///< of the last picture
     int mRedraws = 3; ///< frames that panels need to settle after an event
     double mNextLook = 0;
     bool mTellingShown = false;
