@@ -96,6 +96,7 @@ void Framebuffer::Bind()
 {
     glBindFramebuffer(GL_FRAMEBUFFER, mDrawBuffer);
     glViewport(0, 0, mWidth, mHeight);
+    mAveraged = false;
 }
 
 // Drawing blends into a transparent target, which leaves colours multiplied by alpha; files want them divided.
@@ -116,11 +117,15 @@ void Framebuffer::Average()
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mReadBuffer);
     glBlitFramebuffer(0, 0, mWidth, mHeight, 0, 0, mWidth, mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, mReadBuffer);
+    mAveraged = true;
 }
 
 void Framebuffer::CopyToWindow(int x, int y)
 {
-    Average();
+    if (mAveraged)
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, mReadBuffer);
+    else
+        Average();
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
     glBlitFramebuffer(0, 0, mWidth, mHeight, x, y, x + mWidth, y + mHeight, GL_COLOR_BUFFER_BIT, GL_NEAREST);
     glBindFramebuffer(GL_FRAMEBUFFER, 0);

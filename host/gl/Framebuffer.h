@@ -28,7 +28,8 @@ public:
     /// Averages the samples and reads the pixels, top row first. Null when memory ran out.
     /// @param keepAlpha true: colours are divided by alpha, as picture files want them; false: every pixel is opaque
     PicturePtr ReadBack(bool keepAlpha);
-    /// Copies the averaged pixels into the window's own framebuffer, which is bound for drawing afterwards.
+    /// Copies the averaged pixels into the window's own framebuffer, which is bound for drawing afterwards. Averages
+    /// only once for what was drawn since Bind.
     /// @param x, y where the lower left corner goes, from that of the window
     void CopyToWindow(int x, int y);
 
@@ -48,5 +49,6 @@ private:
     std::uint32_t mDrawBuffer = 0, mReadBuffer = 0;
     std::uint32_t mColour = 0, mDepth = 0, mResolved = 0;
     int mWidth = 0, mHeight = 0, mSamples = 0, mWishedSamples = 0;
+    bool mAveraged = false; ///< since Bind
 };
 } // namespace vx
