@@ -215,7 +215,7 @@ void GlyphShapes::Tessellate(bool evenOdd)
 // Outlines that are drawn have next to none.
 bool GlyphShapes::IsTangled() const
 {
-    constexpr std::int64_t kFewPoints = 400, kMostCrossingsPerPoint = 8;
+    constexpr std::int64_t kFewPoints = 400, kMostCrossingsPerPoint = 8, kMostPairs = 50000000;
     const std::int64_t count = mOutline.Count();
     if (count <= kFewPoints)
         return false;
@@ -238,11 +238,13 @@ bool GlyphShapes::IsTangled() const
     std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) { return a.a.x < b.a.x; });
     const auto side = [](const Piece& p, const GlyphPoint& q)
     { return (p.b.x - p.a.x) * (q.y - p.a.y) - (p.b.y - p.a.y) * (q.x - p.a.x); };
-    std::int64_t crossings = 0;
+    std::int64_t crossings = 0, pairs = 0;
     for (std::int64_t i = 0; i < count; ++i)
         for (std::int64_t k = i + 1; k < count && pieces[k].a.x < pieces[i].b.x; ++k)
         {
             const Piece &p = pieces[i], &q = pieces[k];
+            if (++pairs > kMostPairs)
+                return true;
             if (side(p, q.a) * side(p, q.b) < 0 && side(q, p.a) * side(q, p.b) < 0 &&
                 ++crossings > kMostCrossingsPerPoint * count)
                 return true;

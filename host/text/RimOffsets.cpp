@@ -1,4 +1,4 @@
-#include "host/text/GlyphPlate.h"
+#include "host/text/detail/GlyphPlate.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "host/text/TextMesh.h"
 
 #include "base/BText.h"
-#include "host/text/GlyphPlate.h"
+#include "host/text/detail/GlyphPlate.h"
 #include "mesh/VXGeom.h"
 #include "text/VXFTFace.h"
 

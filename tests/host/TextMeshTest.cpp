@@ -210,7 +210,7 @@ TEST_F(TextMeshes, SayWhatIsWrong)
     none.size = std::nanf("");
     deep.depth = -1;
     bevelled.bevel = INFINITY;
-    const std::string empty = Write("empty.ttf", "");
+    const std::string empty = Write("empty.ttf", ""), bitmaps = Write("bits.bdf", kBitmapFont);
     struct Row
     {
         const char* text;
@@ -218,10 +218,11 @@ TEST_F(TextMeshes, SayWhatIsWrong)
         std::string font;
         Blames blames;
     };
-    for (const Row& row : {Row{"A", none, kSans, Blames::Options}, Row{"A", deep, kSans, Blames::Options},
-                           Row{"A", bevelled, kSans, Blames::Options}, Row{"A", {}, empty, Blames::Font},
-                           Row{"A", {}, "/nowhere.ttf", Blames::Font}, Row{"\xFF", {}, kSans, Blames::Text},
-                           Row{" \n ", {}, kSans, Blames::Text}, Row{"", {}, kSans, Blames::Text}})
+    for (const Row& row :
+         {Row{"A", none, kSans, Blames::Options}, Row{"A", deep, kSans, Blames::Options},
+          Row{"A", bevelled, kSans, Blames::Options}, Row{"A", {}, empty, Blames::Font},
+          Row{"A", {}, bitmaps, Blames::Font}, Row{"A", {}, "/nowhere.ttf", Blames::Font},
+          Row{"\xFF", {}, kSans, Blames::Text}, Row{" \n ", {}, kSans, Blames::Text}, Row{"", {}, kSans, Blames::Text}})
     {
         EXPECT_FALSE(Build(row.text, row.options, row.font.c_str()));
         EXPECT_EQ(mReport.blames, row.blames) << mReport.error.CString();

@@ -14,6 +14,12 @@
 inline constexpr const char* kFontFolder = "/usr/share/fonts/truetype/dejavu";
 inline constexpr const char* kSans = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
+/// A font of one letter, as a bitmap.
+inline constexpr const char* kBitmapFont =
+    "STARTFONT 2.1\nFONT -x-x-medium-r-normal--8-80-75-75-c-80-iso10646-1\nSIZE 8 75 75\nFONTBOUNDINGBOX 8 8 0 0\n"
+    "STARTPROPERTIES 2\nFONT_ASCENT 8\nFONT_DESCENT 0\nENDPROPERTIES\nCHARS 1\nSTARTCHAR A\nENCODING 65\n"
+    "SWIDTH 1000 0\nDWIDTH 8 0\nBBX 8 2 0 0\nBITMAP\nFF\nFF\nENDCHAR\nENDFONT\n";
+
 /// FreeType while a test runs, and a folder for font files of its own.
 class WithFonts : public testing::Test
 {

@@ -1,10 +1,13 @@
 #include "base/BText.h"
 #include "tests/text/FilledArea.h"
 #include "tests/text/Fonts.h"
+#include "tests/text/TinyFont.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <set>
 #include <vector>
 
@@ -84,6 +87,44 @@ TEST_F(Glyphs, CoverWhatTheirContoursFill)
         EXPECT_NEAR(area, filled, 1e-4 * filled) << "U+" << std::hex << code;
     }
     EXPECT_GT(seen.size(), 5000u);
+}
+
+// Crossings upon crossings: the fill rule decides, not the direction of the contours. Thousands of points at random
+// would cross millions of times, which is damage and not an outline.
+TEST_F(Glyphs, OfWildOutlinesAreFilledByTheRuleOrLeftOut)
+{
+    std::mt19937 random(3);
+    const auto wild = [&random](int points)
+    {
+        std::vector<std::pair<int, int>> contour;
+        for (int i = 0; i < points; ++i)
+            contour.push_back({int(random() % 8000), int(random() % 8000)});
+        return contour;
+    };
+    for (const int points : {3, 4, 7, 20, 60})
+    {
+        VXFTFace face(Write("wild.ttf", TinyFont({wild(points), wild(5), wild(points)})).c_str());
+        VXGeom mesh;
+        FT_GlyphSlot slot = nullptr;
+        mesh.BuildCharGlyph('A', &face, kFontUnits, &slot, "Text");
+        ASSERT_TRUE(slot);
+        EXPECT_EQ(slot->advance.x, 600);
+        const double filled = FilledArea(slot->outline, 5);
+        EXPECT_GT(filled, 1e4);
+        double area = 0;
+        for (const Triangle& triangle : TrianglesOf(mesh))
+        {
+            EXPECT_GE(triangle.TwiceArea(), -triangle.LongestSide() / 1024) << points;
+            area += triangle.TwiceArea() / 2;
+        }
+        EXPECT_NEAR(area, filled, 1e-4 * filled) << points;
+    }
+    VXFTFace face(Write("tangled.ttf", TinyFont({wild(20000)})).c_str());
+    VXGeom mesh;
+    const auto start = std::chrono::steady_clock::now();
+    mesh.BuildStrGlyphs("AA", &face, 1, "Text", false, false);
+    EXPECT_EQ(mesh.NumPolys(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 // By FreeType's own measures, whatever the direction of the writing.
@@ -251,12 +292,7 @@ TEST_F(Texts, LeaveTheWrapperAsStatedWithoutAFace)
 
 TEST_F(Texts, OfFontsWithoutOutlinesAreEmpty)
 {
-    VXFTFace bitmaps(Write("bits.bdf",
-                           "STARTFONT 2.1\nFONT -x-x-medium-r-normal--8-80-75-75-c-80-iso10646-1\nSIZE 8 75 75\n"
-                           "FONTBOUNDINGBOX 8 8 0 0\nSTARTPROPERTIES 2\nFONT_ASCENT 8\nFONT_DESCENT 0\n"
-                           "ENDPROPERTIES\nCHARS 1\nSTARTCHAR A\nENCODING 65\nSWIDTH 1000 0\nDWIDTH 8 0\n"
-                           "BBX 8 2 0 0\nBITMAP\nFF\nFF\nENDCHAR\nENDFONT\n")
-                         .c_str());
+    VXFTFace bitmaps(Write("bits.bdf", kBitmapFont).c_str());
     ASSERT_TRUE(bitmaps.GetFTFace());
     VXGeom mesh;
     mesh.BuildStrGlyphs("AA", &bitmaps, 1, "Text", false, false);
