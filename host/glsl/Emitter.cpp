@@ -10,8 +10,8 @@ namespace vx::glsl
 {
 namespace
 {
-// Far more than a material needs. Drivers compile expressions by recursion and run out of stack on longer chains.
-constexpr std::size_t kMostNodes = 1000;
+// Far more than a material needs. Drivers take seconds for some hundreds of nodes, with the square of their number.
+constexpr std::size_t kMostNodes = 256;
 
 // One unit of 16, which all drivers have, belongs to the background.
 constexpr std::size_t kMostTextures = 15;

@@ -90,7 +90,7 @@ TEST(GeneratedProgram, CompilesForEveryTypeOfNodeAndEveryChoice)
     }
 }
 
-TEST(GeneratedProgram, CompilesWithEveryInputOfTheSurfaceConnected)
+TEST(GeneratedProgram, CompilesWithEveryInputConnectedAndAsManyNodesAsThereMayBe)
 {
     OffscreenContext context;
     if (!context.Create())
@@ -118,5 +118,16 @@ TEST(GeneratedProgram, CompilesWithEveryInputOfTheSurfaceConnected)
         const GlslSource source = GenerateGlsl(*all);
         EXPECT_EQ(Link(source), "") << source.fragment;
     }
+    const auto longest = PlainTree(); // a chain of as many nodes as there may be
+    TreeInput* open = longest->Root()->Find("Diffuse_Value");
+    for (int i = 0; i < 256; ++i)
+    {
+        TreeNode* const sum = longest->AddNode("math", "sum");
+        sum->Find("Value_2")->Set(float(i));
+        open->Connect(sum);
+        open = sum->Find("Value_1");
+    }
+    EXPECT_EQ(GenerateGlsl(*longest).problem, "");
+    EXPECT_EQ(Link(GenerateGlsl(*longest)), "");
     EXPECT_EQ(PendingGLErrors(), "");
 }

@@ -192,7 +192,7 @@ TEST(Generator, SaysWhyThereIsNoProgram)
         open->Connect(node);
         open = node->Find("Value_1");
     }
-    EXPECT_EQ(GenerateGlsl(*deep).problem, "more than 1000 nodes");
+    EXPECT_EQ(GenerateGlsl(*deep).problem, "more than 256 nodes");
     for (const ShaderTree* tree : {&empty, noSurface.get(), cycle.get(), wrong.get(), deep.get()})
         EXPECT_TRUE(GenerateGlsl(*tree).fragment.empty());
 }
