@@ -209,9 +209,11 @@ void Preview::ApplyStyle(const PreviewOptions& options)
 void Preview::ApplyShaders(const PreviewOptions& options)
 {
     const bool used = options.shaders != ShaderUse::Off, all = options.shaders == ShaderUse::On;
-    if (all != mEngine->VetoDeepShaderTest())
+    if (used && all != mEngine->VetoDeepShaderTest())
+    {
         mEngine->SetDeleteShadersPending(true);
-    mEngine->SetVetoDeepShaderTest(all);
+        mEngine->SetVetoDeepShaderTest(all);
+    }
     mEngine->SetHWShadingAllowed(used);
     mEngine->DrawOptions()->mHWShading = used;
     mContext->delegate.shaders = used;

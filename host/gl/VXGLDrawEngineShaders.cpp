@@ -43,7 +43,8 @@ void VXGLDrawEngine::Retire(vx::GlslProgram* going, std::unique_ptr<vx::Program>
 {
     if (mShaderProgram == going)
         mShaderProgram = nullptr;
-    mRetired.push_back(std::move(linked));
+    if (linked)
+        mRetired.push_back(std::move(linked));
 }
 
 void VXGLDrawEngine::Warn(const BString& line) { mWarnings.push_back(line); }
@@ -57,7 +58,10 @@ void VXGLDrawEngine::UpdateShadersLater() { ClaimPrograms(); }
 // Readies the program of the batch's material. What it has in common with the fixed ones the caller sets.
 vx::Program* VXGLDrawEngine::UseGenerated(const VXElementBatch& batch)
 {
-    vx::Program& program = mShaderProgram->Linked();
+    vx::Program* const linked = mShaderProgram->Linked();
+    if (!linked)
+        return nullptr;
+    vx::Program& program = *linked;
     glUseProgram(program.Id());
     const bool normals = mNormalData && mBuffers->NeedNormals();
     glUniform1i(program.Uniform("uFlat"), normals ? 0 : 1);
@@ -66,7 +70,7 @@ vx::Program* VXGLDrawEngine::UseGenerated(const VXElementBatch& batch)
     BindArrays({.normals = normals,
                 .uvs = mShaderProgram->UsesUVs() && mBuffers->NeedUVs(),
                 .tangents = mShaderProgram->UsesTangents() && mBuffers->NeedTangents()});
-    return &program;
+    return linked;
 }
 
 // --- Textures

@@ -268,7 +268,9 @@ void VXGLDrawEngine::DrawSurface(const VXElementBatch& batch)
     const std::uint32_t variant = SurfaceVariant(batch);
     // What shows data, fills, or vertex colours, looks the same whatever the material.
     const bool generated = mShaderProgram && (variant & kShadeMask) == kShadeLit && !(variant & kVertexColors);
-    vx::Program* const program = generated ? UseGenerated(batch) : UseFixed(batch, variant);
+    vx::Program* program = generated ? UseGenerated(batch) : nullptr;
+    if (!program)
+        program = UseFixed(batch, variant);
     if (!program)
         return;
     glUniformMatrix4fv(program->Uniform("uModelView"), 1, GL_FALSE, mPlacement.modelView[0]);

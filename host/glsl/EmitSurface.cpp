@@ -125,7 +125,7 @@ public:
             e.Line("oColor.a = 1.0;");
         else
             Clear(alpha, least);
-        e.Line("oColor = Cued(oColor, -vPosition.z);");
+        e.body += "#ifdef DEPTH_CUE\n    oColor = Cued(oColor, -vPosition.z);\n#endif\n";
     }
 
 private:

@@ -63,9 +63,10 @@ std::string FragmentText(const Emitter& emitter)
     for (const GlslSource::Texture& texture : emitter.textures)
         if (texture.type != "none")
             text += "uniform " + texture.type + " " + texture.sampler + ";\n";
-    for (const char* const piece : {text::kFrame, text::kEncoded, text::kDither, text::kBackground, text::kCued,
-                                    text::kFacing, text::kToViewer, text::kSided, text::kToLight, text::kAddLight,
-                                    text::kAmbient, text::kGatherLight, text::kShoulder, text::kToned})
+    for (const char* const piece :
+         {text::kFrame, text::kEncoded, text::kDither, "\n#ifdef DEPTH_CUE", text::kBackground, text::kCued, "#endif\n",
+          text::kFacing, text::kToViewer, text::kSided, text::kToLight, text::kAddLight, text::kAmbient,
+          text::kGatherLight, text::kShoulder, text::kToned})
         text += piece;
     return text + glsl::PieceText(emitter) + "\nvoid main()\n{\n" + emitter.body + "}\n";
 }
@@ -98,6 +99,12 @@ GlslSource GenerateGlsl(const ShaderTree& tree, const GlslOptions& options)
     source.usesTangents = emitter.Uses(Piece::Tangent);
     source.usesUVs = emitter.Uses(Piece::UV);
     return source;
+}
+
+std::string WithDefine(const std::string& text, const char* name)
+{
+    const std::size_t head = std::string_view(kHead).size(); // an empty line follows, so that lines keep their numbers
+    return text.substr(0, head) + "#define " + name + text.substr(head);
 }
 
 // --- The key

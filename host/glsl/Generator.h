@@ -34,7 +34,7 @@ struct NoiseVolume
 ///                      the factor of the pattern
 ///     int  uAlphaPass  1: alpha is written, for blending; 0: opaque, pictures cut out where they are clear. Only where
 ///                      the tree can be clear
-///     sampler2D uBackPicture   the unit of the background picture, kBackPictureUnit
+///     sampler2D uBackPicture   the unit of the background picture, kBackPictureUnit; with DEPTH_CUE alone
 /// Those that a program does not use are not in `uniforms`.
 struct VELMAR_HOST_EXPORT GlslSource
 {
@@ -79,4 +79,8 @@ struct GlslOptions
 /// Writes the programs of a tree: GLSL 1.30 for the compatibility profile, lit per pixel like the fixed surfaces. Trees
 /// that differ in the names of their nodes alone, or in what has no effect, get the same text.
 VELMAR_HOST_EXPORT GlslSource GenerateGlsl(const ShaderTree& tree, const GlslOptions& options = {});
+
+/// A text of such a program with something defined in it. DEPTH_CUE in the fragment text fades what is far, where the
+/// frame asks for it; it is left out otherwise because it takes a driver as long to compile as a simple surface.
+VELMAR_HOST_EXPORT std::string WithDefine(const std::string& text, const char* name);
 } // namespace vx

@@ -1,6 +1,7 @@
 #include "host/glsl/GlslCompiler.h"
 
 #include "draw/VXSceneDrawOptions.h"
+#include "engine/VXScene.h"
 #include "host/gl/FrameBlock.h"
 #include "host/gl/VXGLDrawEngine.h"
 #include "host/tree/FixedMaterial.h"
@@ -43,47 +44,84 @@ void ComputeTreeHashes(VXMaterial& material, const GlslOptions& options)
 
 // --- Programs
 
+static BString FirstLine(const BString& text)
+{
+    const std::int64_t end = text.Find("\n");
+    return end < 0 ? text : text.Left(end);
+}
+
 // Handles of OpenGL are numbers; the record of a program asks for pointers.
 static void* Handle(GLuint name) { return reinterpret_cast<void*>(std::uintptr_t(name)); }
 
-GlslProgram::GlslProgram(VXGLDrawEngine& engine) : mEngine(engine), mLinked(std::make_unique<Program>()) {}
+GlslProgram::GlslProgram(VXGLDrawEngine& engine) : mEngine(engine) {}
 
-GlslProgram::~GlslProgram() { mEngine.Retire(this, std::move(mLinked)); }
-
-BString GlslProgram::Build(const char* name, const GlslSource& source)
+GlslProgram::~GlslProgram()
 {
+    for (std::unique_ptr<Program>& linked : mLinked)
+        mEngine.Retire(this, std::move(linked));
+}
+
+BString GlslProgram::Build(const BString& name, const GlslSource& source)
+{
+    mName = name;
     SetVertexProgramSource(source.vertex);
     SetFragmentProgramSource(source.fragment);
-    const BString problem = mLinked->Build(name, source.vertex, source.fragment, kGlslAttributes);
-    if (!problem.IsEmpty())
-        return problem;
-    SetVertexProgramCompiledSource(source.vertex);
-    SetFragmentProgramCompiledSource(source.fragment);
-    GLuint shaders[2] = {};
-    glGetAttachedShaders(mLinked->Id(), 2, nullptr, shaders);
-    SetShaders(Handle(shaders[0]), Handle(shaders[1]));
     mUsesTangents = source.usesTangents;
     mUsesUVs = source.usesUVs;
-    const GLuint block = glGetUniformBlockIndex(mLinked->Id(), "Frame");
-    if (block != GL_INVALID_INDEX)
-        glUniformBlockBinding(mLinked->Id(), block, 0);
-    glUseProgram(mLinked->Id());
-    for (const GlslSource::Texture& texture : source.textures)
-        glUniform1i(mLinked->Uniform(texture.sampler.c_str()), texture.unit);
-    glUniform1i(mLinked->Uniform("uBackPicture"), kBackPictureUnit);
-    glUseProgram(0);
-    return TakeBindings(source) ? BString() : BString(name) + ": out of memory";
+    return TakeBindings(source) ? Link(WantsCue()) : name + ": out of memory";
 }
 
 bool GlslProgram::TakeBindings(const GlslSource& source)
 {
     for (const GlslSource::Texture& texture : source.textures)
+    {
+        mUnits.push_back(texture.unit);
         if (!AddTexture(new VXShaderBindingTexture(texture.sampler, texture.type, texture.BindingFile())))
             return false;
+    }
     for (const GlslSource::Uniform& uniform : source.uniforms)
         if (!AddUniform(new VXShaderBindingUniform(uniform.name, uniform.type)))
             return false;
     return true;
+}
+
+bool GlslProgram::WantsCue() const { return mEngine.Scene() && mEngine.Scene()->DepthCueOn(); }
+
+BString GlslProgram::Link(bool cue)
+{
+    mLinked[cue] = std::make_unique<Program>();
+    Program& program = *mLinked[cue];
+    const std::string vertex = VertexProgramSource().Std(), plain = FragmentProgramSource().Std();
+    const std::string fragment = cue ? WithDefine(plain, "DEPTH_CUE") : plain;
+    const BString problem = program.Build(mName.CString(), vertex, fragment, kGlslAttributes);
+    if (!problem.IsEmpty())
+        return problem;
+    SetVertexProgramCompiledSource(vertex);
+    SetFragmentProgramCompiledSource(fragment);
+    GLuint shaders[2] = {};
+    glGetAttachedShaders(program.Id(), 2, nullptr, shaders);
+    SetShaders(Handle(shaders[0]), Handle(shaders[1]));
+    const GLuint block = glGetUniformBlockIndex(program.Id(), "Frame");
+    if (block != GL_INVALID_INDEX)
+        glUniformBlockBinding(program.Id(), block, 0);
+    glUseProgram(program.Id());
+    for (std::int64_t i = 0; i < Textures().Count(); ++i)
+        glUniform1i(program.Uniform(Textures()[i]->Name().CString()), mUnits[std::size_t(i)]);
+    glUniform1i(program.Uniform("uBackPicture"), kBackPictureUnit);
+    glUseProgram(0);
+    return {};
+}
+
+Program* GlslProgram::Linked()
+{
+    const bool cue = WantsCue();
+    if (!mLinked[cue])
+    {
+        const BString problem = Link(cue);
+        if (!problem.IsEmpty())
+            mEngine.Warn(FirstLine(problem));
+    }
+    return mLinked[cue]->IsBuilt() ? mLinked[cue].get() : nullptr;
 }
 
 void GlslProgram::MakeCurrent()
@@ -151,16 +189,14 @@ VXShaderProgram* GlslCompiler::BuildProgram(VXMaterial* material, std::int64_t l
     const BString name = "material " + material->ExternalName();
     const GlslSource source = Generate(*tree);
     auto program = std::make_unique<GlslProgram>(mGLEngine);
-    const BString problem =
-        source.problem.IsEmpty() ? program->Build(name.CString(), source) : name + ": " + source.problem;
+    const BString problem = source.problem.IsEmpty() ? program->Build(name, source) : name + ": " + source.problem;
     if (VerboseMode() || !problem.IsEmpty())
         LogSource(material->ExternalName(), source);
     if (problem.IsEmpty())
         return program.release();
     VXShaderDebug("%s\n", problem.CString());
     SetErrors(problem);
-    mGLEngine.Warn(problem.Left(problem.Find("\n") < 0 ? problem.Length() : problem.Find("\n")) +
-                   "; it is drawn without its shader");
+    mGLEngine.Warn(FirstLine(problem) + "; it is drawn without its shader");
     return nullptr;
 }
 } // namespace vx

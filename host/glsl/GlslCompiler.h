@@ -8,6 +8,7 @@
 #include "shader/VXShaderProgram.h"
 
 #include <memory>
+#include <vector>
 
 class VXGLDrawEngine;
 
@@ -20,30 +21,36 @@ VELMAR_HOST_EXPORT GlslOptions GlslOptionsFor(VXSceneDrawEngine& engine);
 /// empty key; trees of which no text can be made each have one of their own.
 VELMAR_HOST_EXPORT void ComputeTreeHashes(VXMaterial& material, const GlslOptions& options);
 
-/// A program made of a tree, linked in the context of the draw engine that it was built for.
+/// A program made of a tree, linked in the context of the draw engine that it was built for: once for frames with depth
+/// cue and once for those without, as they come.
 class VELMAR_HOST_EXPORT GlslProgram : public VXShaderProgram
 {
 public:
     explicit GlslProgram(VXGLDrawEngine& engine);
     ~GlslProgram() override; ///< leaves the deleting in OpenGL to the draw engine, whose context may not be current
 
-    /// Compiles and links. @param name stands before the compiler's words  @return empty, or these
-    BString Build(const char* name, const GlslSource& source);
+    /// Takes the texts and what is bound to them, compiles and links what the draw engine's scene asks for now.
+    /// @param name stands before the compiler's words  @return empty, or these
+    BString Build(const BString& name, const GlslSource& source);
 
     /// Loads textures that are not there yet, binds all, and has the draw engine use the program. Nothing while that
     /// draws no frame.
     void MakeCurrent() override;
     void StopBeingCurrent() override;
 
-    Program& Linked() { return *mLinked; }
+    Program* Linked(); ///< for the draw engine's scene as it is; null, told of as a warning once, when it cannot be
     bool UsesTangents() const { return mUsesTangents; }
     bool UsesUVs() const { return mUsesUVs; }
 
 private:
     bool TakeBindings(const GlslSource& source);
+    bool WantsCue() const;
+    BString Link(bool cue);
 
     VXGLDrawEngine& mEngine;
-    std::unique_ptr<Program> mLinked;
+    BString mName;
+    std::unique_ptr<Program> mLinked[2]; ///< without and with depth cue; null until it is asked for
+    std::vector<int> mUnits;             ///< of the textures
     bool mUsesTangents = false, mUsesUVs = false;
 };
 

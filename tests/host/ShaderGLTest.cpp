@@ -274,11 +274,17 @@ TEST_F(ShaderGL, OneProgramForEqualTreesAndOneMoreForAChange)
     EXPECT_EQ(GpuArray::UploadedBytes(), uploaded);
 
     tree.Root()->Find("Diffuse_Color")->Set(0.1f, 0.2f, 0.9f);
+    EXPECT_EQ(ApplyTree(tree, Material("right"), preview.Models().Textures()), "");
     Material("right").SetShaderTreeDirty(true);
     const PicturePtr after = Drawn(ShaderUse::On);
     EXPECT_EQ(Compiler().NumBuilt(), 2);
     EXPECT_GT(ComparePictures(*before, *after, 20).share, 0.05);
     EXPECT_EQ(GpuArray::UploadedBytes(), uploaded);
+
+    // Depth cue, and a while without shaders, need none that is new.
+    options.depthCue = true;
+    ExpectAgreement("depth cue");
+    EXPECT_EQ(Compiler().NumBuilt(), 2);
 
     // What the fixed surfaces can show needs no program when nobody asks for one.
     Drawn(ShaderUse::Auto);
