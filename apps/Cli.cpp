@@ -4,6 +4,7 @@
 #include "base/BDir.h"
 #include "base/BFile.h"
 #include "base/BText.h"
+#include "base/platform/Platform.h"
 
 #include <CLI/CLI.hpp>
 
@@ -58,6 +59,20 @@ void Stopwatch::Tell(const BString& what)
     if (mOn)
         Note(what + BString::Format(" (%.0f ms)", std::chrono::duration<double, std::milli>(now - mStart).count()));
     mStart = now;
+}
+
+Progress::Progress(const char* what, int total) : mWhat(what), mTotal(total), mOn(platform::ErrorsGoToTerminal()) {}
+
+void Progress::Reach(int done)
+{
+    if (mOn)
+        std::fprintf(stderr, "\r%s %d of %d", mWhat, done, mTotal);
+}
+
+Progress::~Progress()
+{
+    if (mOn)
+        std::fprintf(stderr, "\r\x1B[K"); // clears the line
 }
 
 // --- Files
@@ -138,6 +153,11 @@ CLI::App* AddVerb(CLI::App& app, const char* name, const char* purpose)
     CLI::App* const verb = app.add_subcommand(name, purpose);
     verb->set_version_flag("--version", "velmar " VELMAR_VERSION, "Print the version and leave");
     return verb;
+}
+
+void AddVerbose(CLI::App& verb, bool& verbose)
+{
+    verb.add_flag("-v,--verbose", verbose, "Say on standard error what is done");
 }
 
 CLI::Option* AddNumber(CLI::App& verb, const char* name, float& value, double low, double high, const char* purpose)

@@ -51,6 +51,22 @@ private:
     std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
 };
 
+/// How far a long work is: a line on standard error that counts up while somebody sits before it. Gone at the end.
+class Progress
+{
+public:
+    Progress(const char* what, int total); ///< @param what "frame"
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    void Reach(int done);
+
+private:
+    const char* mWhat;
+    int mTotal;
+    bool mOn;
+};
+
 // --- Files
 
 /// A name for a file that is gone when this object is.
@@ -96,6 +112,7 @@ BString OutputProblem(const std::string& output, const std::vector<std::string>&
 
 /// A verb with the options that all have.
 CLI::App* AddVerb(CLI::App& app, const char* name, const char* purpose);
+void AddVerbose(CLI::App& verb, bool& verbose); ///< "--verbose"
 /// An option with a number in [low, high]; anything else, NaN too, is wrong usage.
 CLI::Option* AddNumber(CLI::App& verb, const char* name, float& value, double low, double high, const char* purpose);
 
@@ -113,6 +130,8 @@ CLI::Option* AddWholeNumber(CLI::App& verb, const char* name, int& value, int lo
 
 // Each verb adds itself to the grammar; `exitCode` is set when its verb ran.
 
+void AddTurntableVerb(CLI::App& app, int& exitCode);
+void AddPickVerb(CLI::App& app, int& exitCode);
 void AddPreviewVerb(CLI::App& app, int& exitCode);
 void AddStylesVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);

@@ -24,7 +24,7 @@ int RunFonts(bool json)
         else
             std::printf("%s\n", face->Name().CString());
     if (json)
-        std::printf("%s\n", list.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+        PrintJson(stdout, list);
     return FinishStandardOutput();
 }
 

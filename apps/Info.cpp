@@ -195,7 +195,7 @@ nlohmann::ordered_json NamesJson(const std::vector<std::pair<std::string, std::i
 }
 
 // One object on one line for each model, so that any number of inputs reads the same way.
-void PrintJson(const Facts& facts, float creaseAngle)
+void PrintFactsAsJson(const Facts& facts, float creaseAngle)
 {
     const float* b = facts.bounds;
     const nlohmann::ordered_json json = {
@@ -226,8 +226,7 @@ void PrintJson(const Facts& facts, float creaseAngle)
         {"materialFiles", facts.materialFiles},
         {"memory", facts.memory},
     };
-    // Names are bytes of the file; what is not UTF-8 is replaced rather than refused.
-    std::printf("%s\n", json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+    PrintJson(stdout, json);
 }
 
 // --- The verb
@@ -266,7 +265,7 @@ int InfoOf(const std::string& name, const InfoOptions& options)
         Note(BString::Format("%s: %lld lines read", facts.file.c_str(), static_cast<long long>(facts.lines)));
 
     if (options.json)
-        PrintJson(facts, options.creaseAngle);
+        PrintFactsAsJson(facts, options.creaseAngle);
     else
         PrintText(facts, options.creaseAngle);
     return kDone;
@@ -292,7 +291,7 @@ void AddInfoVerb(CLI::App& app, int& exitCode)
     AddNumber(*verb, "--crease-angle", options->creaseAngle, 0, 180,
               "Edges bent by more degrees than this are creases");
     verb->add_flag("--json", options->json, "One line of JSON for each input");
-    verb->add_flag("-v,--verbose", options->verbose, "Say on standard error what is done");
+    AddVerbose(*verb, options->verbose);
     verb->callback([options, &exitCode] { exitCode = RunInfo(*options); });
 }
 

@@ -53,8 +53,10 @@ int Run(int argc, char** argv)
     app.footer("Exit codes: 0 done, 1 the input could not be used or the work failed, 2 wrong usage,\n"
                "3 no OpenGL to be had.");
     AddPreviewVerb(app, exitCode);
-    AddStylesVerb(app, exitCode);
     AddInfoVerb(app, exitCode);
+    AddStylesVerb(app, exitCode);
+    AddTurntableVerb(app, exitCode);
+    AddPickVerb(app, exitCode);
     AddSelectVerb(app, exitCode);
     AddWeldVerb(app, exitCode);
     AddTransferGroupsVerb(app, exitCode);

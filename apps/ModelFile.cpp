@@ -89,7 +89,7 @@ void ModelOutput::AddTo(CLI::App& verb)
         ->type_name("FILE.obj")
         ->check(OutputName("a model", {".obj", ".obj.gz"}));
     verb.add_flag("--json", json, "Tell in one line of JSON; on standard error when the model goes to standard output");
-    verb.add_flag("-v,--verbose", verbose, "Say on standard error what is done");
+    AddVerbose(verb, verbose);
 }
 
 void ModelOutput::AddTo(CLI::App& verb, std::string& input)
@@ -153,13 +153,16 @@ int ModelOutput::Write(const VXGeom& geom, const BString& text, nlohmann::ordere
     {
         nlohmann::ordered_json line = {{"file", toStdout ? "<stdout>" : name}};
         line.update(facts);
-        // A file's name is bytes; what is not UTF-8 is replaced rather than refused.
-        std::fprintf(apart ? stdout : stderr, "%s\n",
-                     line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+        PrintJson(apart ? stdout : stderr, line);
     }
     else if (apart)
         std::printf("%s: %s\n", name.c_str(), text.CString());
     return FinishStandardOutput();
+}
+
+void PrintJson(std::FILE* where, const nlohmann::ordered_json& facts)
+{
+    std::fprintf(where, "%s\n", facts.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
 }
 
 int FinishStandardOutput()

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <cstdio>
 #include <string>
 
 class VXGeom;
@@ -46,6 +47,9 @@ struct ModelOutput
 private:
     int WriteToStandardOutput(const GEOM& record) const;
 };
+
+/// Facts as one line. A name is bytes of a file: what is not UTF-8 is replaced rather than refused.
+void PrintJson(std::FILE* where, const nlohmann::ordered_json& facts);
 
 /// Says so when standard output took not all that was printed. @return the exit code
 int FinishStandardOutput();

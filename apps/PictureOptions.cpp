@@ -224,7 +224,7 @@ void PictureArguments::AddModels(CLI::App& verb)
     verb.add_option("INPUT", mInputs,
                     "Wavefront OBJ files, plain or gzip, shown together; - is standard input; none is a sample")
         ->type_name("");
-    verb.add_flag("-v,--verbose", verbose, "Say on standard error what is done");
+    AddVerbose(verb, verbose);
 }
 
 void PictureArguments::AddOutput(CLI::App& verb, std::string& output, const char* purpose)
@@ -341,6 +341,16 @@ void PictureArguments::AddMarks(CLI::App& verb)
     AddHighlight(verb, picture.highlights, "--highlight-vertices", true, "Show the vertices of a group as dots");
 }
 
+void PictureArguments::AddAll(CLI::App& verb)
+{
+    AddSize(verb, "1280x720", "Size in pixels");
+    AddMode(verb);
+    AddView(verb);
+    AddLook(verb);
+    AddSurface(verb);
+    AddMarks(verb);
+}
+
 // --- Work
 
 void PictureArguments::ReadTexts()
@@ -367,7 +377,6 @@ void PictureArguments::ReadTexts()
         picture.vectors = mShow == "normals" ? VectorKind::Normals : VectorKind::Tangents;
 }
 
-// What cannot be shown together, whatever the models.
 BString PictureArguments::UsageProblem() const
 {
     const bool marks = !picture.highlights.empty();
@@ -432,7 +441,7 @@ int PictureArguments::ReadOptions()
     return problem.IsEmpty() ? int(kDone) : Fail(kWrongUsage, "", 0, problem + ", see '" + BString(mVerb) + " --help'");
 }
 
-int PictureArguments::Open(Preview& preview, const std::string& output, Stopwatch& watch)
+int PictureArguments::Open(Preview& preview, const std::vector<std::string>& outputs, Stopwatch& watch)
 {
     if (const int code = ReadOptions(); code != kDone)
         return code;
@@ -443,7 +452,7 @@ int PictureArguments::Open(Preview& preview, const std::string& output, Stopwatc
         read.push_back(mTexture);
     if (!mBackgroundPicture.empty())
         read.push_back(mBackgroundPicture);
-    if (!output.empty())
+    for (const std::string& output : outputs)
         if (const BString problem = OutputProblem(output, read); !problem.IsEmpty())
             return Fail(kFailed, BString(output), 0, problem);
     if (const int code = ReadModels(preview, watch); code != kDone)

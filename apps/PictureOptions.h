@@ -18,6 +18,8 @@ namespace vx::cli
 class PictureArguments
 {
 public:
+    virtual ~PictureArguments() = default;
+
     PreviewOptions picture;
     bool verbose = false;
 
@@ -30,13 +32,14 @@ public:
     void AddSurface(CLI::App& verb); ///< hard edges and subdivision
     void AddLook(CLI::App& verb);    ///< texture, background, ground, samples, and what is laid over the picture
     void AddMarks(CLI::App& verb);   ///< vectors and highlights
+    void AddAll(CLI::App& verb);     ///< all from size to marks
 
     // --- Work
 
-    /// Reads the options and the models, and starts OpenGL; nothing of it is done where there is no place for the
-    /// output. @param output the file to write; empty for none
+    /// Reads the options and the models, and starts OpenGL; nothing of it is done where there is no place for an
+    /// output. @param outputs the files to write, if any
     /// @return kDone, or the code of a failure that has been told
-    int Open(Preview& preview, const std::string& output, Stopwatch& watch);
+    int Open(Preview& preview, const std::vector<std::string>& outputs, Stopwatch& watch);
 
     /// Reads the options alone, for a program that reads the models itself. @return kDone, or wrong usage that has been
     /// told
@@ -45,12 +48,15 @@ public:
     const std::string& Texture() const { return mTexture; }
     const ImportOptions& Import() const { return mImport; }
 
+protected:
+    /// What makes no sense together, whatever the models; a verb may know more.
+    virtual BString UsageProblem() const;
+
 private:
     void AddBackground(CLI::App& verb);
     void AddOverlays(CLI::App& verb);
     void ReadTexts();
     int ReadModels(Preview& preview, Stopwatch& watch);
-    BString UsageProblem() const;
     BString SubdivisionProblemOf(Preview& preview) const;
     BString HighlightProblem(Preview& preview) const;
 

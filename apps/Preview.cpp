@@ -21,7 +21,7 @@ int RunPreview(PreviewArguments& arguments)
 {
     Stopwatch watch(arguments.verbose);
     Preview preview;
-    if (const int code = arguments.Open(preview, arguments.output, watch); code != kDone)
+    if (const int code = arguments.Open(preview, {arguments.output}, watch); code != kDone)
         return code;
     const PicturePtr picture = preview.Render(arguments.picture);
     if (!picture)
@@ -38,12 +38,7 @@ void AddPreviewVerb(CLI::App& app, int& exitCode)
     CLI::App* const verb = AddVerb(app, "preview", "Render models to a PNG picture");
     arguments->AddModels(*verb);
     arguments->AddOutput(*verb, arguments->output, "Picture to write, replaced when it exists; - is standard output");
-    arguments->AddSize(*verb, "1280x720", "Size in pixels");
-    arguments->AddMode(*verb);
-    arguments->AddView(*verb);
-    arguments->AddLook(*verb);
-    arguments->AddSurface(*verb);
-    arguments->AddMarks(*verb);
+    arguments->AddAll(*verb);
     verb->callback([arguments, &exitCode] { exitCode = RunPreview(*arguments); });
 }
 

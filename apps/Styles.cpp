@@ -25,7 +25,7 @@ int RunStyles(StylesArguments& arguments)
 {
     Stopwatch watch(arguments.verbose);
     Preview preview;
-    if (const int code = arguments.Open(preview, arguments.output, watch); code != kDone)
+    if (const int code = arguments.Open(preview, {arguments.output}, watch); code != kDone)
         return code;
     std::vector<PicturePtr> pictures;
     std::vector<SheetCell> cells;
@@ -43,7 +43,7 @@ int RunStyles(StylesArguments& arguments)
     if (!sheet.picture)
         return Fail(kFailed, "", 0, sheet.error);
     if (!sheet.captionProblem.IsEmpty())
-        Warn("the styles have no captions: " + sheet.captionProblem);
+        Warn("the sheet lacks captions: " + sheet.captionProblem);
     return WritePicture(*sheet.picture, arguments.output, preview, watch);
 }
 

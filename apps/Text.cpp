@@ -190,7 +190,7 @@ void AddTextVerb(CLI::App& app, int& exitCode)
                    "Pixels that a picture is wide; its height goes by the text");
     verb->add_flag("--json", output.json,
                    "Tell of a model in one line of JSON; on standard error when it goes to standard output");
-    verb->add_flag("-v,--verbose", output.verbose, "Say on standard error what is done");
+    AddVerbose(*verb, output.verbose);
     verb->footer(
         "Front and back have the material \"Text\", sides and bevels \"Text side\". The front looks along +z.");
     verb->callback(

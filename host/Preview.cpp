@@ -366,6 +366,12 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
 PicturePtr Preview::Render(const PreviewOptions& options)
 {
     mError.Empty();
+    return PrepareContext() ? Render(options, FitToScene(options)) : nullptr;
+}
+
+PicturePtr Preview::Render(const PreviewOptions& options, const View& view)
+{
+    mError.Empty();
     if (!PrepareContext())
         return nullptr;
     constexpr int kLargest = 32768;
@@ -379,20 +385,7 @@ PicturePtr Preview::Render(const PreviewOptions& options)
     const bool multisampled = Framebuffer::MostSamples() > 1;
     const int scale = options.samples > (multisampled ? 8 : 1) ? 2 : 1;
     const int samples = !multisampled ? 1 : scale == 2 ? 4 : std::max(options.samples, 1);
-    return RenderTiles(options, FitToScene(options), scale, samples);
-}
-
-// The part of a projection that a tile shows, blown up to fill clip space.
-static void TileProjection(const Mat44 whole, float x, float y, float width, float height, Mat44 out)
-{
-    Mat44 tile;
-    MAT_Identity(tile);
-    tile[0][0] = 1 / width;
-    tile[1][1] = 1 / height;
-    // Clip space runs from -1 to 1; the shift is by w, which stands in the fourth component.
-    tile[3][0] = (1 - 2 * x - width) / width;
-    tile[3][1] = (1 - 2 * y - height) / height;
-    MAT_Concat4x4(whole, tile, out);
+    return RenderTiles(options, view, scale, samples);
 }
 
 PicturePtr Preview::RenderTiles(const PreviewOptions& options, const View& view, int scale, int samples)

@@ -3,6 +3,7 @@
 
 #include "VelmarHostExport.h"
 #include "base/BPath.h"
+#include "draw/VXPickBuffer.h"
 #include "host/PreviewSetup.h"
 #include "host/gl/PictureLook.h"
 #include "host/gl/PolyMarks.h"
@@ -62,6 +63,16 @@ struct PreviewOptions
 };
 inline constexpr int kMostSubdivision = 6; ///< levels; each has four times the polygons of the one before
 
+/// What was picked.
+struct PickResult
+{
+    VXPickHit hit; ///< of kind Nothing when there was nothing to pick
+    VXObject* object = nullptr;
+    VXGeom* geom = nullptr; ///< the geometry that is shown, in whose record the indices count; null for objects
+    VERTEX position;        ///< in the world
+    float depth = 0;        ///< in front of the eye, along the view
+};
+
 /// Models from files as pictures: what a small program needs of this library, in one class. Owns scene, engine, models
 /// and, unless one is lent, an OpenGL context without a window. One thread.
 class VELMAR_HOST_EXPORT Preview
@@ -94,6 +105,7 @@ public:
 
     /// @return the picture, 32-bit RGBA; null with Error() when it could not be drawn
     PicturePtr Render(const PreviewOptions& options);
+    PicturePtr Render(const PreviewOptions& options, const View& view); ///< its own view instead of the options'
 
     /// Draws into the framebuffer and viewport that are current, for windows. `view` comes from FitToScene or
     /// elsewhere.
@@ -102,6 +114,17 @@ public:
     /// Derives the scene and gathers what a view has to enclose, in world space.
     /// @param points what must be seen  @param around the ground, where some of it is
     void GatherContent(const PreviewOptions& options, BArray<VERTEX>& points, BArray<VERTEX>& around);
+
+    // --- Picking: PreviewPick.cpp. In the picture that Render or DrawFrame make with the same options and view, pixels
+    // counted from its upper left corner. The scene's flags say what can be picked; what the options show can be hit.
+
+    /// What stands at a pixel. Only the pixels around it are drawn. @param radius of pixels in which edges and vertices
+    /// are looked for  @return false with Error() when it could not be told
+    bool Pick(const PreviewOptions& options, const View& view, int x, int y, PickResult& result, float radius = 8);
+    /// What stands in a part of the picture, for many questions at once. Lent until the next is asked for.
+    /// @return null with Error() when it could not be told
+    const VXPickBuffer* PickRegion(const PreviewOptions& options, const View& view, int left, int top, int width,
+                                   int height);
 
     // --- Afterwards
     const BString& Error() const { return mError; } ///< of the last call, one line

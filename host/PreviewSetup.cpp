@@ -206,6 +206,18 @@ View ViewOf(const VERTEX& target, float halfHeight, std::span<const VERTEX> poin
     return view;
 }
 
+void TileProjection(const Mat44 whole, float x, float y, float width, float height, Mat44 out)
+{
+    Mat44 tile;
+    MAT_Identity(tile);
+    tile[0][0] = 1 / width;
+    tile[1][1] = 1 / height;
+    // Clip space runs from -1 to 1; the shift is by w, which stands in the fourth component.
+    tile[3][0] = (1 - 2 * x - width) / width;
+    tile[3][1] = (1 - 2 * y - height) / height;
+    MAT_Concat4x4(whole, tile, out);
+}
+
 // Vertices that a polygon shows, in world space.
 static bool AppendPoints(const VXGeom& mesh, const Mat44 toWorld, BArray<VERTEX>& points)
 {

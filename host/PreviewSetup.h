@@ -67,6 +67,10 @@ VELMAR_HOST_EXPORT View FitView(std::span<const VERTEX> points, std::span<const 
 VELMAR_HOST_EXPORT View ViewOf(const VERTEX& target, float halfHeight, std::span<const VERTEX> points, float aspect,
                                const ViewOptions& options);
 
+/// The part of a projection that a tile of the picture shows, blown up to fill clip space. `out` may be `whole`.
+/// @param x, y, width, height of the tile, in 0..1 of the picture, from the lower left
+VELMAR_HOST_EXPORT void TileProjection(const Mat44 whole, float x, float y, float width, float height, Mat44 out);
+
 /// The corners of all faces, lines and points of the scene's visible objects, in world space. The ground is left out.
 /// @param cages with those of the control meshes of subdivided objects  @return false when memory ran out
 VELMAR_HOST_EXPORT bool VisiblePoints(const VXScene& scene, BArray<VERTEX>& points, bool cages = false);

@@ -74,4 +74,5 @@ bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& 
 
 bool RandomBytes(void* out, std::size_t bytes); ///< from the system's generator; false when it has none
 FENWICK_EXPORT std::int64_t Milliseconds();     ///< steadily rising; only differences mean something
+FENWICK_EXPORT bool ErrorsGoToTerminal();       ///< standard error is read by somebody who sits before it
 } // namespace vx::platform

@@ -305,4 +305,6 @@ std::int64_t Milliseconds()
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::int64_t(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
+
+bool ErrorsGoToTerminal() { return isatty(STDERR_FILENO) == 1; }
 } // namespace vx::platform

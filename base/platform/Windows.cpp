@@ -240,4 +240,6 @@ bool RandomBytes(void* out, std::size_t bytes)
 }
 
 std::int64_t Milliseconds() { return std::int64_t(GetTickCount64()); }
+
+bool ErrorsGoToTerminal() { return _isatty(2) != 0; }
 } // namespace vx::platform

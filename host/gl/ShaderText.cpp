@@ -92,8 +92,6 @@ void main()
     // How strongly this lowest point above a piece of ground darkens it: sharp contact, near, and far shadow.
     float height = max(vPosition.z, 0.0); // the model-view matrix leads to ground coordinates
     oColor = vec4(exp(-14.0 * height), exp(-4.5 * height), exp(-1.4 * height), 1.0);
-#elif defined(SHADE_PICK)
-    oColor = uFill;
 #elif defined(SHADE_MARK)
     if (texelFetch(uMarks, texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r).r == 0)
         discard;
@@ -152,6 +150,29 @@ const std::string& SurfaceFragment()
                                     kGatherLight + "#endif" + kShoulder + kToned + kAlpha + kSurfaceMain;
     return text;
 }
+
+const char* const kPickVertex = R"(
+layout(location = 0) in vec3 aPosition;
+uniform mat4 uToClip;
+invariant gl_Position;
+
+void main() { gl_Position = uToClip * vec4(aPosition, 1.0); }
+)";
+
+const char* const kPickFragment = R"(
+out uint oName;
+uniform isamplerBuffer uTrianglePolys; // polygon of each triangle
+uniform int uFirstTriangle;            // gl_PrimitiveID starts anew with every call
+uniform uint uFirstName;
+uniform int uElements;                 // 1: each polygon has a name, 0: the object has one
+
+void main()
+{
+    oName = uFirstName;
+    if (uElements != 0)
+        oName += uint(texelFetch(uTrianglePolys, uFirstTriangle + gl_PrimitiveID).r);
+}
+)";
 
 // Each segment is four vertices, two at each end; its ends come from buffers that surfaces share. Corner k of segment e
 // has index 4 e + k.

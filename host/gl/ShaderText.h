@@ -13,10 +13,14 @@ std::string Common(); ///< before every other text: the uniform block of the fra
 
 // Surfaces. Defines: FLAT (polygon normals), TEXTURE, VERTEX_COLORS, CLEAR (transparency), FAR_LIGHTS (their
 // number, when all lights are far away), and one of SHADE_LIT, SHADE_TOON, SHADE_FILL,
-// SHADE_DEPTH, SHADE_NORMALS, SHADE_PICK, SHADE_HEIGHT, SHADE_GROUND,
+// SHADE_DEPTH, SHADE_NORMALS, SHADE_HEIGHT, SHADE_GROUND,
 // SHADE_MARK, SHADE_OCCLUSION.
 extern const char* const kSurfaceVertex;
 const std::string& SurfaceFragment();
+
+// Names of objects and polygons as 32-bit numbers.
+extern const char* const kPickVertex;
+extern const char* const kPickFragment;
 
 // Lines and points as screen-space quads. Define POINTS for points, LIT for lines that take light.
 extern const char* const kLineVertex;

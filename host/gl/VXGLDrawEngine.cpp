@@ -51,6 +51,7 @@ void VXGLDrawEngine::ReleaseGL()
         return;
     ReleaseShaders();
     mPrograms.clear();
+    mPickTarget.Release();
     mGeometries.clear();
     mColors.Release();
     mBuffers = nullptr;

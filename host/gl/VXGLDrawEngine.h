@@ -2,10 +2,12 @@
 #pragma once
 
 #include "VelmarHostExport.h"
+#include "draw/VXPickBuffer.h"
 #include "draw/VXSceneDrawEngine.h"
 #include "draw/VXSceneDrawOptions.h"
 #include "host/gl/EdgeLines.h"
 #include "host/gl/GeomBuffers.h"
+#include "host/gl/PickTarget.h"
 #include "host/gl/PictureLook.h"
 #include "host/gl/PictureTexture.h"
 #include "host/gl/PolyMarks.h"
@@ -79,10 +81,24 @@ public:
     void Warn(const BString& line);
     std::vector<BString> TakeWarnings() { return std::exchange(mWarnings, {}); } ///< those since the last call
 
+    /// What part of what picture a pick pass looks at, in pixels from its upper left corner.
+    struct PickRegion
+    {
+        int pictureWidth = 0, pictureHeight = 0; ///< 0: the size of the current viewport
+        int left = 0, top = 0;
+        int width = 0, height = 0; ///< 0: the whole picture
+    };
+    void SetPickRegion(const PickRegion& region) { mPickRegion = region; }
+
     // --- After a frame
     const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
     std::int64_t NumDrawCalls() const { return mNumDrawCalls; }      ///< of the last frame
     std::size_t NumGeometries() const { return mGeometries.size(); } ///< held in buffers
+
+    /// What the last pick pass saw: VXScene::PickPolygonsAndMore draws one, into a target of its own. Where the scene's
+    /// flags let polygons, edges or vertices be picked, polygons have names, else objects. The ground has one only
+    /// where shadows can be picked.
+    const VXPickBuffer& Picked() const { return mPicked; }
 
     // --- Hooks: VXGLDrawEngine.cpp
     void BeginFrameState() override;
@@ -110,6 +126,8 @@ public:
     void GetCullFace(bool& cull, bool& back) override;
     void SetCullFace(bool cull, bool back) override;
     void DrawBackgroundPicture(VXScene* scene) override;
+
+    // --- Hooks: VXGLDrawEnginePick.cpp
     int DrawStyledScene(VXScene* scene) override;
     void SetPickName(int name) override { mPickName = name; }
 
@@ -287,6 +305,12 @@ private:
     void FindOpenness(const float padding[2], int margin);
     void ComposeOcclusion(int reduced, int margin);
 
+    // VXGLDrawEnginePick.cpp
+    bool BeginPicking(const VXScene& scene);
+    std::uint32_t PickNameOf(const VXElementBatch& batch, bool elements);
+    void DrawPickSurface(const VXElementBatch& batch);
+    void BindPickArrays();
+
     // VXGLDrawEngineShadow.cpp
     bool MakeShadowMap();
     void BlurShadowMap();
@@ -350,7 +374,6 @@ private:
     float mLineWidth = 0; ///< 0: the style's own
     bool mCull = false, mCullBack = true, mSurfaceOffset = false;
     bool mDepthDrawn = false; ///< of styles that hide lines behind surfaces they do not draw
-    int mPickName = 0;
 
     // Of the object and geometry
     Placement mPlacement;
@@ -363,6 +386,15 @@ private:
     vx::GeomBuffers* mBuffers = nullptr; ///< of that geometry
     vx::GpuArray mColors;
     BArray<std::int32_t> mOutlinePairs;
+
+    // Of picking
+    PickRegion mPickRegion;
+    vx::PickTarget mPickTarget;
+    VXPickBuffer mPicked;
+    int mPickName = 0;                 ///< index of the object that is drawn
+    const VXGeom* mPickGeom = nullptr; ///< with the next, what mPickFirst is the first name of
+    int mPickNamed = -1;
+    std::uint32_t mPickFirst = 0;
 
     // Of the drop shadow
     bool mDrawingShadowMap = false;

@@ -278,19 +278,3 @@ void VXGLDrawEngine::DrawBackgroundPicture(VXScene* scene)
     glDrawArrays(GL_TRIANGLES, 0, 3);
     ++mNumDrawCalls;
 }
-
-// --- Picking: each object in its pick name, plus one, as a colour on black
-
-int VXGLDrawEngine::DrawStyledScene(VXScene* scene)
-{
-    UpdateBoundingBoxes();
-    PrepareScene(scene);
-    glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    SetDrawPass(kPickPass);
-    PrepareMainPass(scene->SceneMaterial());
-    glDisable(GL_MULTISAMPLE);
-    glDisable(GL_DITHER);
-    DrawScenePolys(scene);
-    return 0;
-}

@@ -23,7 +23,6 @@ enum SurfaceBit : std::uint32_t
     kShadeFill,
     kShadeDepth,
     kShadeNormals,
-    kShadePick,
     kShadeHeight,
     kShadeGround,
     kShadeMark,
@@ -35,8 +34,8 @@ enum SurfaceBit : std::uint32_t
     kFarLightsShift = 8, ///< four bits: their number
 };
 
-constexpr const char* kShadeNames[] = {"SHADE_LIT",  "SHADE_TOON",   "SHADE_FILL",   "SHADE_DEPTH", "SHADE_NORMALS",
-                                       "SHADE_PICK", "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK",  "SHADE_OCCLUSION"};
+constexpr const char* kShadeNames[] = {"SHADE_LIT",    "SHADE_TOON",   "SHADE_FILL", "SHADE_DEPTH",    "SHADE_NORMALS",
+                                       "SHADE_HEIGHT", "SHADE_GROUND", "SHADE_MARK", "SHADE_OCCLUSION"};
 
 VERTEX Linear(const VXMaterialColor4& c)
 {
@@ -78,8 +77,6 @@ std::uint32_t VXGLDrawEngine::SurfaceVariant(const VXElementBatch& batch)
     const VXMaterial& mode = *batch.drawMode;
     if (mDrawingShadowMap)
         return kShadeHeight;
-    if (GetDrawPass() == kPickPass)
-        return kShadePick;
     if (DoingAO())
         return kShadeOcclusion;
     if (mode.GetFlagDepthOnly())
@@ -176,13 +173,7 @@ void VXGLDrawEngine::SetMaterialUniforms(vx::Program& program, const VXElementBa
         glBindTexture(GL_TEXTURE_2D, TextureOf(material->TextureIndex()));
 
     const std::uint32_t shade = variant & kShadeMask;
-    if (shade == kShadePick)
-    {
-        const unsigned name = unsigned(mPickName) + 1;
-        glUniform4f(program.Uniform("uFill"), float(name & 255) / 255, float(name >> 8 & 255) / 255,
-                    float(name >> 16 & 255) / 255, 1);
-    }
-    else if (shade == kShadeFill)
+    if (shade == kShadeFill)
     {
         // Surfaces in the scene's background colour are there to hide what lies behind them, so they look like the
         // background that is drawn, gradient and all.
@@ -254,6 +245,8 @@ void VXGLDrawEngine::DrawTriangles(const Range& range)
 
 void VXGLDrawEngine::DrawSurface(const VXElementBatch& batch)
 {
+    if (GetDrawPass() == kPickPass)
+        return DrawPickSurface(batch);
     if (DoingDropShadow() && !mDrawingShadowMap)
         return; // the map still holds what it would show
     if ((ShowsData(batch.drawMode) || DoingAO()) && IsGround(CurrentObject()))
@@ -296,7 +289,7 @@ vx::Program* VXGLDrawEngine::UseFixed(const VXElementBatch& batch, std::uint32_t
 void VXGLDrawEngine::DrawFilled(const VXElementBatch& batch, const Range& range)
 {
     SetCulling(batch.drawMode, mPlacement.mirrored);
-    const bool blended = batch.transparent && GetDrawPass() != kPickPass && !mDrawingShadowMap;
+    const bool blended = batch.transparent && !mDrawingShadowMap;
     SetBlend(blended);
     if (!mDrawingShadowMap)
         SetDepthState(true, !blended);
@@ -335,6 +328,12 @@ void VXGLDrawEngine::BindMarkArrays(const vx::PolyMarks& marks)
     BindSurfaceArrays(kShadeMark);
     BindBufferTexture(5, mBuffers->TrianglePolys());
     BindBufferTexture(6, marks.Polys());
+}
+
+void VXGLDrawEngine::BindPickArrays()
+{
+    BindSurfaceArrays(kShadeFill);
+    BindBufferTexture(5, mBuffers->TrianglePolys());
 }
 
 // Depth of all surfaces and nothing else, for styles that hide lines behind surfaces without drawing them.

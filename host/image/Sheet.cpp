@@ -1,5 +1,7 @@
 #include "host/image/Sheet.h"
 
+#include "host/image/Label.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -24,23 +26,33 @@ struct Layout
 
 std::uint8_t Byte(float part) { return std::uint8_t(std::lround(std::clamp(part, 0.0f, 1.0f) * 255)); }
 
-// Puts `top` over a part of the page; rows and columns beyond `width` and `height` are left out.
-void PutOver(CPB_Offscreen& page, const CPB_Offscreen& top, int left, int upper, int width, int height)
+// Puts a picture on the page.
+void PutOver(CPB_Offscreen& page, const CPB_Offscreen& picture, int left, int top)
 {
-    const int columns = std::min(width, top.Width()), rows = std::min(height, top.Height());
-    for (int y = 0; y < rows; ++y)
+    for (int y = 0; y < picture.Height(); ++y)
     {
-        const std::uint8_t* from = top.Row(y);
-        std::uint8_t* to = page.Row(upper + y) + 4 * std::size_t(left);
-        if (!top.HasAlpha())
+        const std::uint8_t* from = picture.Row(y);
+        std::uint8_t* to = page.Row(top + y) + 4 * std::size_t(left);
+        if (!picture.HasAlpha())
         {
-            std::memcpy(to, from, 4 * std::size_t(columns));
+            std::memcpy(to, from, 4 * std::size_t(picture.Width()));
             continue;
         }
-        for (int x = 0; x < columns; ++x, from += 4, to += 4)
+        for (int x = 0; x < picture.Width(); ++x, from += 4, to += 4)
             for (int c = 0; c < 3; ++c)
                 to[c] = std::uint8_t((from[c] * from[3] + to[c] * (255 - from[3]) + 127) / 255);
     }
+}
+
+LabelStyle StyleOf(const SheetLook& look)
+{
+    return {look.captionSize, LabelAlign::Centre, Byte(look.ink.x), Byte(look.ink.y), Byte(look.ink.z), 255};
+}
+
+bool CanLabel(const SheetLook& look)
+{
+    const PicturePtr scratch(CPB_Offscreen::Create(16, 16));
+    return scratch && DrawLabel(*scratch, {0, 0, 16, 16}, "x", StyleOf(look));
 }
 
 BString CellProblem(std::span<const SheetCell> cells)
@@ -66,7 +78,12 @@ Sheet ComposeSheet(std::span<const SheetCell> cells, const SheetLook& look)
     layout.cellWidth = cells.front().picture->Width();
     layout.cellHeight = cells.front().picture->Height();
     layout.margin = std::clamp(look.margin, 0, 4096);
-    sheet.captionProblem = "no font";
+    const bool wished =
+        std::any_of(cells.begin(), cells.end(), [](const SheetCell& cell) { return !cell.caption.IsEmpty(); });
+    if (wished && !CanLabel(look))
+        sheet.captionProblem = "this system has no font for them, or this program was built without text";
+    else if (wished)
+        layout.strip = std::clamp(look.captionSize, 4, 512) * 3 / 2;
     if (layout.Width() > kLargestSide || layout.Height() > kLargestSide)
     {
         sheet.error = BString::Format("a sheet of %lld x %lld pixels cannot be made: up to %lld a side",
@@ -82,7 +99,14 @@ Sheet ComposeSheet(std::span<const SheetCell> cells, const SheetLook& look)
     }
     sheet.picture->Fill(Byte(look.background.x), Byte(look.background.y), Byte(look.background.z), 255);
     for (std::size_t i = 0; i < cells.size(); ++i)
-        PutOver(*sheet.picture, *cells[i].picture, layout.Left(i), layout.Top(i), layout.cellWidth, layout.cellHeight);
+    {
+        const int left = layout.Left(i), top = layout.Top(i), below = top + layout.cellHeight;
+        PutOver(*sheet.picture, *cells[i].picture, left, top);
+        if (layout.strip > 0 && !cells[i].caption.IsEmpty() &&
+            !DrawLabel(*sheet.picture, {left, below, left + layout.cellWidth, below + layout.strip},
+                       cells[i].caption.CString(), StyleOf(look)))
+            sheet.captionProblem = "one of them is no UTF-8, or does not fit into memory";
+    }
     return sheet;
 }
 } // namespace vx

@@ -37,7 +37,7 @@ struct Sheet
 };
 
 /// Puts 32-bit pictures of one size into rows of a page, each with its caption below it, left to right and top to
-/// bottom. Clear parts of pictures show the page. Captions that are wider than their picture are cut off at its side.
+/// bottom. Clear parts of pictures show the page. Captions that are wider than their picture end in an ellipsis.
 /// Without a font the page has no room for captions.
 VELMAR_HOST_EXPORT Sheet ComposeSheet(std::span<const SheetCell> cells, const SheetLook& look = {});
 } // namespace vx
