@@ -162,7 +162,7 @@ void Emitter::Use(Piece piece)
     mPieces |= 1u << int(piece);
     switch (piece)
     {
-    case Piece::Noise: // always the first place
+    case Piece::Volume: // always the first place
         if (textures.empty())
             textures.emplace_back();
         textures[0] = {"texture0", "sampler3D", BString(), 1, true};
@@ -170,8 +170,14 @@ void Emitter::Use(Piece piece)
     case Piece::SmoothNoise:
     case Piece::AbsoluteNoise:
     case Piece::RidgedNoise:
-    case Piece::LatticeNoise:
         Use(Piece::Noise);
+        break;
+    case Piece::LatticeNoise:
+        Use(Piece::Cell);
+        break;
+    case Piece::Noise:
+    case Piece::Cell:
+        Use(Piece::Volume);
         break;
     case Piece::RadialNoise:
         Use(Piece::SmoothNoise);

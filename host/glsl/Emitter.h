@@ -23,7 +23,9 @@ enum class Piece : std::uint32_t
     Place,   ///< vec3 vPlace: the position in the model's own units
     Tangent, ///< vec3 vTangent, vBinormal in view space; zero where there is none
     Alpha,   ///< of surfaces that can be clear, with uAlphaPass
+    Volume,  ///< the sampler of noise
     Noise,
+    Cell,
     SmoothNoise,
     AbsoluteNoise,
     RidgedNoise,

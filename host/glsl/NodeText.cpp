@@ -45,7 +45,12 @@ float Illumination(vec3 n)
 )";
 
 const char* const kPower = R"(
-float Power(float a, float b) { return a > 0.0 ? pow(a, b) : b == 0.0 ? 1.0 : 0.0; }
+// Of numbers below 0 whole powers alone.
+float Power(float a, float b)
+{
+    float size = a == 0.0 ? (b == 0.0 ? 1.0 : 0.0) : pow(abs(a), b);
+    return a >= 0.0 ? size : fract(b) != 0.0 ? 0.0 : mod(b, 2.0) == 0.0 ? size : -size;
+}
 )";
 
 const char* const kDivide = R"(
@@ -99,16 +104,52 @@ vec3 Bumped(vec3 n, float height)
 )";
 
 // Lattice values lie kScale texels apart, the first in the middle of a texel; a byte stands for the middle of its step.
-std::string Noise()
+std::string Noise(bool curved)
 {
-    const std::string lattice = Literal(float(NoiseVolume::kLattice));
-    return R"(
+    const std::string lattice = Literal(float(NoiseVolume::kLattice)), size = Literal(float(NoiseVolume::kSize));
+    const std::string at = "(at + 0.5) / " + lattice + " + 0.5 / " + size;
+    return std::string(R"(
 // Irregular numbers from -1 to 1 that change smoothly from cell to cell.
 float Noise(vec3 at)
 {
-    float v = texture3D(texture0, (at + 0.5) / )" +
-           lattice + " + 0.5 / " + Literal(float(NoiseVolume::kSize)) + R"().r;
-    return clamp(2.0 * (v + 0.5 / 255.0) - 1.0, -1.0, 1.0);
+)") +
+           (curved ? "    float v = Curved(" + at + ", " + size + ");\n"
+                   : "    float v = texture3D(texture0, " + at + ").r;\n") +
+           R"(    return clamp(2.0 * (v + 0.5 / 255.0) - 1.0, -1.0, 1.0);
+}
+)";
+}
+
+// C. Sigg and M. Hadwiger, Fast Third-Order Texture Filtering, 2005.
+const char* const kCurved = R"(
+// The volume by cubic B-splines: slopes of what the hardware interpolates have steps, which relief would show.
+float Curved(vec3 at, float size)
+{
+    at = at * size - 0.5;
+    vec3 f = fract(at), r = 1.0 - f;
+    vec3 w0 = r * r * r / 6.0, w1 = 2.0 / 3.0 - 0.5 * f * f * (1.0 + r);
+    vec3 w2 = 2.0 / 3.0 - 0.5 * r * r * (1.0 + f), w3 = f * f * f / 6.0;
+    vec3 low = w0 + w1;
+    vec3 a = (floor(at) - 0.5 + w1 / low) / size, b = (floor(at) + 1.5 + w3 / (w2 + w3)) / size;
+    vec4 edges; // along x, of y and z
+    edges.x = mix(texture3D(texture0, b).r, texture3D(texture0, vec3(a.x, b.yz)).r, low.x);
+    edges.y = mix(texture3D(texture0, vec3(b.x, a.y, b.z)).r, texture3D(texture0, vec3(a.xy, b.z)).r, low.x);
+    edges.z = mix(texture3D(texture0, vec3(b.xy, a.z)).r, texture3D(texture0, vec3(a.x, b.y, a.z)).r, low.x);
+    edges.w = mix(texture3D(texture0, vec3(b.x, a.yz)).r, texture3D(texture0, a).r, low.x);
+    vec2 sides = mix(edges.xz, edges.yw, low.y);
+    return mix(sides.x, sides.y, low.z);
+}
+)";
+
+// The value of a cell, which is that of one texel.
+std::string Cell()
+{
+    return R"(
+float Cell(vec3 at)
+{
+    float v = texture3D(texture0, (floor(at) + 0.5) / )" +
+           Literal(float(NoiseVolume::kLattice)) + " + 0.5 / " + Literal(float(NoiseVolume::kSize)) + R"().r;
+    return v + 0.5 / 255.0;
 }
 )";
 }
@@ -145,13 +186,15 @@ float RadialNoise(vec3 at, int octaves, float gain)
 
 std::string PieceText(const Emitter& emitter)
 {
+    const bool curved = emitter.Uses(Piece::Bumped);
     const std::pair<Piece, std::string> pieces[] = {
         {Piece::Alpha, text::kAlpha},
-        {Piece::Noise, Noise()},
+        {Piece::Noise, curved ? kCurved + Noise(true) : Noise(false)},
+        {Piece::Cell, Cell()},
         {Piece::SmoothNoise, Layers("Smooth", "0.5 + 0.5 * Noise(at)")},
         {Piece::AbsoluteNoise, Layers("Absolute", "abs(Noise(at))")},
         {Piece::RidgedNoise, Layers("Ridged", "max(1.0 - 2.0 * abs(Noise(at)), 0.0)")},
-        {Piece::LatticeNoise, Layers("Lattice", "0.5 + 0.5 * Noise(floor(at))")},
+        {Piece::LatticeNoise, Layers("Lattice", "Cell(at)")},
         {Piece::RadialNoise, kRadialNoise},
         {Piece::NearestTexel, kNearestTexel},
         {Piece::Tiles, kTiles},
