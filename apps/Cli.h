@@ -134,6 +134,8 @@ void AddTurntableVerb(CLI::App& app, int& exitCode);
 void AddPickVerb(CLI::App& app, int& exitCode);
 void AddPreviewVerb(CLI::App& app, int& exitCode);
 void AddStylesVerb(CLI::App& app, int& exitCode);
+void AddMaterialsVerb(CLI::App& app, int& exitCode);
+void AddShaderVerb(CLI::App& app, int& exitCode);
 void AddInfoVerb(CLI::App& app, int& exitCode);
 void AddSelectVerb(CLI::App& app, int& exitCode);
 void AddWeldVerb(CLI::App& app, int& exitCode);

@@ -53,6 +53,8 @@ int Run(int argc, char** argv)
     app.footer("Exit codes: 0 done, 1 the input could not be used or the work failed, 2 wrong usage,\n"
                "3 no OpenGL to be had.");
     AddPreviewVerb(app, exitCode);
+    AddMaterialsVerb(app, exitCode);
+    AddShaderVerb(app, exitCode);
     AddInfoVerb(app, exitCode);
     AddStylesVerb(app, exitCode);
     AddTurntableVerb(app, exitCode);

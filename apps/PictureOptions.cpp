@@ -2,6 +2,7 @@
 #include "PictureOptions.h"
 
 #include "Groups.h"
+#include "MaterialFiles.h"
 #include "ModelFile.h"
 #include "Subdivision.h"
 
@@ -348,13 +349,33 @@ void PictureArguments::AddAll(CLI::App& verb)
     AddView(verb);
     AddLook(verb);
     AddSurface(verb);
+    AddMaterials(verb);
     AddMarks(verb);
+}
+
+void PictureArguments::AddMaterials(CLI::App& verb)
+{
+    verb.add_option("--materials", mMaterials,
+                    "JSON file whose materials take the place of those of the models with their names; one that is "
+                    "alone in the file and has none goes to everything")
+        ->type_name("FILE.json");
+    AddShaders(verb);
+}
+
+void PictureArguments::AddShaders(CLI::App& verb)
+{
+    verb.add_option("--shaders", mShaders,
+                    "Draw materials by shaders of their own: on for all, auto for those that look different without")
+        ->type_name("on|off|auto")
+        ->check(Choice("use of shaders", {"on", "off", "auto"}))
+        ->capture_default_str();
 }
 
 // --- Work
 
 void PictureArguments::ReadTexts()
 {
+    picture.shaders = mShaders == "on" ? ShaderUse::On : mShaders == "off" ? ShaderUse::Off : ShaderUse::Auto;
     const Size size = *ReadSize(mSize);
     picture.width = size.width;
     picture.height = size.height;
@@ -423,6 +444,16 @@ int PictureArguments::ReadModels(Preview& preview, Stopwatch& watch)
             return Fail(kFailed, "", 0, problem);
         watch.Tell("read " + input.Name());
     }
+    if (!mModelText.empty() &&
+        !preview.LoadText(mModelText.data(), mModelText.size(), BString(mModelName), ".", mImport))
+        return Fail(kFailed, "", 0, preview.Error());
+    if (!mMaterials.empty())
+    {
+        std::vector<NamedMaterial> materials;
+        if (const int code = ReadMaterialsInput(mMaterials, materials); code != kDone)
+            return code;
+        preview.ApplyMaterials(std::move(materials));
+    }
     if (!mTexture.empty() && !preview.SetDefaultTexture(BPath(BString(mTexture))))
         return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
     if (const BString problem = SubdivisionProblemOf(preview); !problem.IsEmpty())
@@ -445,13 +476,12 @@ int PictureArguments::Open(Preview& preview, const std::vector<std::string>& out
 {
     if (const int code = ReadOptions(); code != kDone)
         return code;
-    if (mInputs.empty())
+    if (mInputs.empty() && mModelText.empty())
         mInputs.push_back(BundledSample().FullPath().Std());
     std::vector<std::string> read = mInputs;
-    if (!mTexture.empty())
-        read.push_back(mTexture);
-    if (!mBackgroundPicture.empty())
-        read.push_back(mBackgroundPicture);
+    for (const std::string* const file : {&mTexture, &mBackgroundPicture, &mMaterials})
+        if (!file->empty())
+            read.push_back(*file);
     for (const std::string& output : outputs)
         if (const BString problem = OutputProblem(output, read); !problem.IsEmpty())
             return Fail(kFailed, BString(output), 0, problem);

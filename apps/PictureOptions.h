@@ -28,11 +28,20 @@ public:
     void AddOutput(CLI::App& verb, std::string& output, const char* purpose);
     void AddSize(CLI::App& verb, const char* size, const char* purpose); ///< @param size the standard one
     void AddMode(CLI::App& verb);
-    void AddView(CLI::App& verb);    ///< from where the models are looked at
-    void AddSurface(CLI::App& verb); ///< hard edges and subdivision
-    void AddLook(CLI::App& verb);    ///< texture, background, ground, samples, and what is laid over the picture
-    void AddMarks(CLI::App& verb);   ///< vectors and highlights
-    void AddAll(CLI::App& verb);     ///< all from size to marks
+    void AddView(CLI::App& verb);      ///< from where the models are looked at
+    void AddSurface(CLI::App& verb);   ///< hard edges and subdivision
+    void AddLook(CLI::App& verb);      ///< texture, background, ground, samples, and what is laid over the picture
+    void AddMarks(CLI::App& verb);     ///< vectors and highlights
+    void AddAll(CLI::App& verb);       ///< all from size to marks
+    void AddMaterials(CLI::App& verb); ///< a file of materials, and AddShaders
+    void AddShaders(CLI::App& verb);
+
+    /// Shows this model, a text, instead of files. @param name for messages
+    void SetModel(std::string name, std::string text)
+    {
+        mModelName = std::move(name);
+        mModelText = std::move(text);
+    }
 
     // --- Work
 
@@ -62,6 +71,7 @@ private:
 
     std::string mVerb; ///< as the user calls it
     std::vector<std::string> mInputs;
+    std::string mModelName, mModelText, mMaterials, mShaders = "auto";
     std::string mTexture, mSize, mMode = "smooth-textured", mBackground = "gradient", mUp = "y", mShow, mScheme;
     std::string mBackgroundPicture, mBackgroundFit = "crop", mWatermark, mFrame;
     bool mNoCreases = false, mNoShadows = false, mOcclusion = false;

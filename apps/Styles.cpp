@@ -60,6 +60,7 @@ void AddStylesVerb(CLI::App& app, int& exitCode)
     arguments->AddView(*verb);
     arguments->AddLook(*verb);
     arguments->AddSurface(*verb);
+    arguments->AddMaterials(*verb);
     verb->callback([arguments, &exitCode] { exitCode = RunStyles(*arguments); });
 }
 

@@ -11,6 +11,7 @@
 #include "host/gl/VXGLDrawEngine.h"
 #include "host/glsl/GlslCompiler.h"
 #include "host/import/ElementParts.h"
+#include "host/tree/MaterialJson.h"
 #include "host/window/OffscreenContext.h"
 #include "mesh/VXGeom.h"
 #include "shader/VXShaderDebug.h"
@@ -132,6 +133,12 @@ void Preview::SetShaderLog(const BPath& file)
     VXShaderDebugSetLogFile(file);
     mContext->delegate.shaderLog = true;
     VXShaderFileDebugReset();
+}
+
+void Preview::ApplyMaterials(std::vector<NamedMaterial> materials)
+{
+    VXScene::SetCurrentScene(mScene.get());
+    mModels.ApplyMaterials(std::move(materials), mReport);
 }
 
 // --- Context

@@ -89,6 +89,8 @@ public:
                   const ImportOptions& options = {});
     bool Take(GEOM* record, const BString& name, const ImportOptions& options = {}); ///< the record is taken
     bool SetDefaultTexture(const BPath& picture); ///< for all materials that have none
+    /// Gives materials to the models that are there: ModelStore::ApplyMaterials. What is odd stands in Warnings().
+    void ApplyMaterials(std::vector<NamedMaterial> materials);
 
     /// Writes what becomes of shaders to a file, with the text of those that fail. A file that cannot be written is
     /// left alone.

@@ -116,3 +116,4 @@ struct SampleFile
 std::vector<SampleFile> TeacupFiles();
 std::vector<SampleFile> BracketFiles();
 std::vector<SampleFile> SailboatFiles();
+std::vector<SampleFile> MaterialPictures(); ///< of the materials in the folder materials

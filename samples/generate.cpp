@@ -2,7 +2,9 @@
 #include "ObjModel.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 // Writes all sample models into a folder. The files beside this one are its output; a test compares them.
 int main(int argc, char** argv)
@@ -12,11 +14,14 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "velmar-samples: expected one argument, the folder to write to\n");
         return 2;
     }
-    for (const auto& files : {TeacupFiles(), BracketFiles(), SailboatFiles()})
+    for (const auto& files : {TeacupFiles(), BracketFiles(), SailboatFiles(), MaterialPictures()})
     {
         for (const SampleFile& file : files)
         {
-            std::ofstream out(std::string(argv[1]) + "/" + file.name, std::ios::binary);
+            const std::filesystem::path path = std::filesystem::path(argv[1]) / file.name;
+            std::error_code ignored; // the file says what is wrong
+            std::filesystem::create_directories(path.parent_path(), ignored);
+            std::ofstream out(path, std::ios::binary);
             out.write(file.bytes.data(), std::streamsize(file.bytes.size()));
             out.close();
             if (!out)

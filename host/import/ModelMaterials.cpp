@@ -153,6 +153,11 @@ void ModelStore::ApplyMaterials(std::vector<NamedMaterial> materials, ImportRepo
             targets = there;
         if (targets.empty())
             report.warnings.Append("no model has a material '" + from.name + "', so that of this name is not used");
+        for (VXMaterial* const material : targets)
+        {
+            material->RemoveAllLayers(); // but the base
+            std::erase_if(mTrees, [&](const KeptTree& kept) { return kept.material == material && kept.layer > 0; });
+        }
         for (std::size_t i = 0; i < from.layers.size(); ++i)
         {
             const std::shared_ptr<ShaderTree> tree = std::move(from.layers[i].tree);

@@ -100,10 +100,15 @@ BString ApplyTree(const ShaderTree& tree, VXMaterial& material, TextureTable& te
         return {};
     const Surface surface(*tree.Root());
     SetScaled(material.KdColor(), surface, "Diffuse_Color", "Diffuse_Value");
+    // Diffuse shading made of nodes stands in for the diffuse colour; a plain one glows.
+    const VERTEX alternate = Linear(surface.At("AlternateDiffuse"));
+    const bool shaded = surface.Connected("AlternateDiffuse");
+    if (shaded)
+        SetLinear(material.KdColor(), surface.Scaled("Diffuse_Color", "Diffuse_Value") + alternate);
     SetScaled(material.KsColor(), surface, "Highlight_Color", "Highlight_Value");
     material.SetNs(surface.At("Highlight_Size").Values()[0]);
-    SetLinear(material.KaColor(), surface.Scaled("Ambient_Color", "Ambient_Value") +
-                                      Linear(surface.At("AlternateDiffuse")) + Linear(surface.At("AlternateSpecular")));
+    SetLinear(material.KaColor(), surface.Scaled("Ambient_Color", "Ambient_Value") + (shaded ? VERTEX() : alternate) +
+                                      Linear(surface.At("AlternateSpecular")));
     material.SetBumpStrength(surface.At("Bump_Strength").Values()[0]);
 
     // The rim alone says whether a surface is drawn among the transparent ones.

@@ -282,7 +282,7 @@ void MaterialReader::ReadLayer(std::uint32_t object, NamedMaterial::Layer& layer
     ConnectPending();
     if (const BString cycle = mTree->CycleProblem(); !cycle.IsEmpty())
         Problem(mNodesAt, "nodes feed themselves: " + cycle.Std());
-    else
+    else if (mSound)
         WarnOfUnused();
 }
 

@@ -18,6 +18,8 @@ TEST(Samples, AreWhatTheGeneratorWrites)
     EXPECT_GE(place.Names().size(), 8u);
     for (const std::string& name : place.Names())
     {
+        if (fs::is_directory(kSamples / name))
+            continue;
         EXPECT_TRUE(place.Read(name) == ReadWhole(kSamples / name)) << name << " differs";
         EXPECT_LT(fs::file_size(kSamples / name), 200u * 1024) << name;
     }
