@@ -70,6 +70,16 @@ bool IsClosed(const GEOM& g)
     return walks == back && std::adjacent_find(walks.begin(), walks.end()) == walks.end();
 }
 
+// Polygons of a bevel whose outer edge runs against its edge at the front: the outer rim folds there.
+int NumFolds(const GEOM& g, float depth)
+{
+    int folds = 0;
+    for (int p = 0; p < g.numPolys; ++p)
+        if (int(g.Poly(p)->length) == 4 && Corner(g, p, 0).z == depth)
+            folds += Dot(Corner(g, p, 0) - Corner(g, p, 1), Corner(g, p, 3) - Corner(g, p, 2)) < 0 ? 1 : 0;
+    return folds;
+}
+
 // All characters of a range in lines of 64.
 BString Characters(unsigned first, unsigned end)
 {
@@ -108,6 +118,7 @@ TEST_F(TextMeshes, WithDepthAreClosedAndWoundOutwards)
             {
                 EXPECT_GT(volume, straight) << "a bevel stands out";
                 EXPECT_LT(volume, 2 * straight);
+                EXPECT_EQ(NumFolds(*mesh, options.depth), 0);
             }
             EXPECT_NEAR(AreaFacing(*mesh, 0, false), AreaFacing(*mesh, options.depth, true), 1e-3 * straight);
         }

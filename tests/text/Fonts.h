@@ -11,7 +11,6 @@
 #include <iterator>
 #include <string>
 
-inline constexpr const char* kFontFolder = "/usr/share/fonts/truetype/dejavu";
 inline constexpr const char* kSans = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 
 /// A font of one letter, as a bitmap.
