@@ -416,3 +416,24 @@ TEST_F(Preview, IsWhatTheSmallestHostDoesToo)
     }
     EXPECT_GE(greens.size(), 2u);
 }
+
+#ifdef VELMAR_WITH_TEXT
+// Front and sides have colours of their own: the sides are bluer than anything in a picture of the front alone.
+TEST_F(Preview, OfATextShowsFrontAndSides)
+{
+    const auto bluest = [this](const std::vector<std::string>& options)
+    {
+        std::vector<std::string> arguments = {"text", "HE", "-o", "text.png", "--width", "200"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = mPlace.Run(VELMAR_PROGRAM, arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        EXPECT_EQ(outcome.out, "text.png\n");
+        int most = -255;
+        if (const vx::PicturePtr picture = Opened("text.png"))
+            for (int i = 0; i < picture->Width() * picture->Height(); ++i)
+                most = std::max(most, picture->Pixels()[4 * i + 2] - picture->Pixels()[4 * i]);
+        return most;
+    };
+    EXPECT_GT(bluest({"--depth", "0.3"}), bluest({"--depth", "0"}) + 20);
+}
+#endif
