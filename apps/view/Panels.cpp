@@ -262,6 +262,12 @@ void Panels::DrawLook()
         Color("##bottom", &PreviewOptions::backgroundBottom);
     }
 
+    constexpr const char* kShaders[] = {"where needed", "for all", "never"}; // in the order of ShaderUse
+    int shaders = int(options.shaders);
+    Label("Shaders");
+    if (Choose("##shaders", kShaders, int(std::size(kShaders)), shaders))
+        mSession.Change().shaders = ShaderUse(shaders);
+
     constexpr const char* kVectors[] = {"none", "normals", "tangents"};
     int vectors = int(options.vectors);
     Label("Vectors");
@@ -275,6 +281,10 @@ void Panels::DrawLook()
     ImGui::SameLine(Em(9));
     Switch("Back faces", &PreviewOptions::backFaces);
     Switch("Depth cue", &PreviewOptions::depthCue);
+    ImGui::SameLine(Em(9));
+    bool occlusion = options.occlusion != OcclusionQuality::Off;
+    if (ImGui::Checkbox("Occlusion", &occlusion))
+        mSession.Change().occlusion = occlusion ? OcclusionQuality::Full : OcclusionQuality::Off;
 }
 
 void Panels::DrawSurface()

@@ -282,6 +282,9 @@ std::vector<Command> MakeCommands()
         OnOff("cage", "control meshes over their surfaces", [=](Host h, bool on) { session(h).Change().cage = on; }),
         OnOff("depth-cue", "what is far fades into the background",
               [=](Host h, bool on) { session(h).Change().depthCue = on; }),
+        OnOff("ao", "darker corners and contacts",
+              [=](Host h, bool on)
+              { session(h).Change().occlusion = on ? OcclusionQuality::Full : OcclusionQuality::Off; }),
         OnOff("edge-lines", "hard edges and borders as lines",
               [=](Host h, bool on) { session(h).Change().edgeLines = on; }),
         OnOff("shadows", "the shadow on the ground", [=](Host h, bool on) { session(h).Change().shadows = on; }),

@@ -236,6 +236,8 @@ PreviewOptions Session::Shown() const
 {
     PreviewOptions shown = mOptions;
     shown.view = Camera().Look();
+    if (mMoving && shown.occlusion == OcclusionQuality::Full)
+        shown.occlusion = OcclusionQuality::Half;
     const bool data = shown.mode == DrawMode::Depth || shown.mode == DrawMode::Normals;
     if (data)
     {
@@ -406,6 +408,12 @@ void Session::Count()
 }
 
 BString Session::PrepareContext() { return mPreview->PrepareContext() ? BString() : mPreview->Error(); }
+
+void Session::SetMoving(bool on)
+{
+    mStale = mStale || (on != mMoving && mOptions.occlusion != OcclusionQuality::Off);
+    mMoving = on;
+}
 
 bool Session::Draw(float pixelScale)
 {

@@ -86,6 +86,7 @@ public:
 
     // --- Drawing
     bool IsStale() const { return mStale; }
+    void SetMoving(bool on); ///< while a hand moves the view, what takes long is drawn coarser
     void Touch() { mStale = true; }
     void Drawn() { mStale = false; } ///< also when it could not be: trying again would not help
     /// Into the framebuffer and viewport that are current. False when that failed, which has been told.
@@ -142,6 +143,7 @@ private:
     PreviewOptions mDerived;      ///< for which the content was gathered
     bool mDeriveStale = true;
     bool mStale = true;
+    bool mMoving = false;
     Statistics mCounts;
     Message mMessage;
     std::chrono::steady_clock::time_point mToldAt;

@@ -299,6 +299,7 @@ void Window::LookAround()
         if (mSession.LookAtFiles())
             mRedraws = kFramesToSettle;
     }
+    mSession.SetMoving(mControls.IsDragging());
     if (mControls.wantsScreenshot)
     {
         mControls.wantsScreenshot = false;
