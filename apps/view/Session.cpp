@@ -13,6 +13,7 @@
 #include "host/import/ElementParts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace vx::view
@@ -343,16 +344,34 @@ Selection& Session::ChangeSelection()
     return mSelection;
 }
 
+// By the names that the graphics card draws, to the pixel; by a ray where nothing can be drawn.
 Session::Picked Session::PickAt(float x, float y)
 {
     Derive();
-    const Ray ray =
-        RayThrough(ViewNow(), x / float(std::max(mOptions.width, 1)), y / float(std::max(mOptions.height, 1)));
-    const RayHit hit = CastRay(Scene(), ray, mOptions.backFaces);
-    if (hit.object < 0)
-        return {};
-    const int poly = mSelection.ControlPoly(hit.object, hit.poly);
-    return poly < 0 ? Picked() : Picked{hit.object, poly};
+    SyncCameras();
+    int object = -1, poly = -1;
+    if (mPreview->HasContext())
+    {
+        Scene().SetPickPolys(true);
+        PickResult result;
+        if (!mPreview->Pick(Shown(), ViewNow(), int(std::floor(x)), int(std::floor(y)), result))
+            Tell("nothing can be picked: " + mPreview->Error(), true);
+        if (result.hit.kind != VXPickKind::Polygon)
+            return {};
+        object = result.hit.object;
+        poly = result.hit.polygon;
+        if (result.geom == result.object->Geom()) // the surface, or the cage over one
+            return {object, poly};
+    }
+    else
+    {
+        const float width = float(std::max(mOptions.width, 1)), height = float(std::max(mOptions.height, 1));
+        const RayHit hit = CastRay(Scene(), RayThrough(ViewNow(), x / width, y / height), mOptions.backFaces);
+        object = hit.object;
+        poly = hit.poly;
+    }
+    const int control = object < 0 ? -1 : mSelection.ControlPoly(object, poly);
+    return control < 0 ? Picked() : Picked{object, control};
 }
 
 void Session::SelectAt(float x, float y, bool toggle)
