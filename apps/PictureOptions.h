@@ -55,6 +55,7 @@ public:
     int ReadOptions();
     const std::vector<std::string>& Inputs() const { return mInputs; }
     const std::string& Texture() const { return mTexture; }
+    const std::string& Materials() const { return mMaterials; }
     const ImportOptions& Import() const { return mImport; }
 
 protected:

@@ -137,7 +137,7 @@ static constexpr Controls::MouseRow kMouseActions[] = {
     {"Click", "select a polygon"},
     {"Ctrl click", "add it or take it away"},
     {"Ctrl wheel", "grow or shrink the selection"},
-    {"Drop files", "open models, or show a picture on them"},
+    {"Drop files", "open models, give them a picture or materials"},
 };
 
 std::span<const Controls::KeyRow> Controls::Keys() { return kKeys; }

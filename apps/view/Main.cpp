@@ -83,6 +83,9 @@ int View(ViewArguments& arguments)
     session.SetStart(arguments.picture, arguments.Import());
     if (const int code = OpenModels(arguments, session, inputs); code != kDone)
         return code;
+    if (!arguments.Materials().empty())
+        if (const BString problem = session.SetMaterials(BString(arguments.Materials())); !problem.IsEmpty())
+            return Fail(kFailed, "", 0, problem);
     if (!arguments.Texture().empty())
         if (const BString problem = session.SetTexture(BString(arguments.Texture())); !problem.IsEmpty())
             return Fail(kFailed, "", 0, problem);
@@ -122,6 +125,7 @@ int Run(int argc, char** argv)
     arguments.AddView(app);
     arguments.AddLook(app);
     arguments.AddSurface(app);
+    arguments.AddMaterials(app);
     arguments.AddMarks(app);
     app.footer(app.get_footer() + "\n\nCommands of a script, one in a line:\n" + vx::view::Script::Help() +
                "\nExit codes: 0 done, 1 the input could not be used or the work failed, 2 wrong usage,\n"

@@ -228,6 +228,12 @@ std::vector<Command> MakeCommands()
              models.push_back(PathOf(a[0]));
              return session(h).Open(models);
          }},
+        {"materials",
+         "FILE",
+         "materials from a JSON file in place of the models' own",
+         {Kind::Text},
+         1,
+         [=](Host h, Arguments a) { return session(h).SetMaterials(PathOf(a[0])); }},
         {"drop",
          "FILE",
          "what dropping a file on the window does",

@@ -11,10 +11,11 @@
 #include "engine/VXSwitches.h"
 #include "host/gl/VXGLDrawEngine.h"
 #include "host/import/ElementParts.h"
+#include "host/tree/MaterialJson.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+#include <utility>
 
 namespace vx::view
 {
@@ -52,12 +53,31 @@ BString Session::Load(const std::vector<BPath>& models, bool keepView)
     for (const BPath& model : models)
         if (!preview->Load(model, mImport))
             return preview->Error();
+    if (BString problem = ApplyMaterials(*preview); !problem.IsEmpty())
+        return problem;
     if (!mTexture.IsEmpty() && !preview->SetDefaultTexture(mTexture))
         return preview->Error();
     mModels = models;
     watch.Watch(FilesOf(*preview, models));
     mWatch = watch;
     Take(std::move(preview), keepView);
+    return {};
+}
+
+// Materials with a fault of their own are left out; a text that cannot be read at all keeps what is shown.
+BString Session::ApplyMaterials(Preview& preview)
+{
+    if (mMaterials.IsEmpty())
+        return {};
+    std::vector<NamedMaterial> materials;
+    MaterialsReport report;
+    if (!ReadMaterialsFile(mMaterials, materials, report))
+        return report.error;
+    preview.ApplyMaterials(std::move(materials));
+    mMaterialProblems.clear();
+    for (const BArray<BString>* const list : {&report.problems, &report.warnings})
+        for (const BString& line : *list)
+            mMaterialProblems.push_back(line.Std());
     return {};
 }
 
@@ -104,8 +124,9 @@ std::vector<BPath> Session::FilesOf(Preview& preview, const std::vector<BPath>& 
     for (std::int64_t i = 0; i < preview.Models().NumMaterials(); ++i)
         if (const BString& texture = preview.Models().Material(i)->PreviewTexturePath(); !texture.IsEmpty())
             add(texture);
-    if (!mTexture.IsEmpty())
-        add(mTexture);
+    for (const BPath& file : {mTexture, mMaterials})
+        if (!file.IsEmpty())
+            add(file);
     return files;
 }
 
@@ -117,6 +138,15 @@ BString Session::SetTexture(const BPath& picture)
     return Reload(); // materials that had a default texture before get this one
 }
 
+BString Session::SetMaterials(const BPath& json)
+{
+    const BPath before = std::exchange(mMaterials, json);
+    BString problem = mModels.empty() ? ApplyMaterials(*mPreview) : Reload();
+    if (!problem.IsEmpty())
+        mMaterials = before;
+    return problem;
+}
+
 BString Session::Drop(const std::vector<BPath>& files)
 {
     std::vector<BPath> models;
@@ -126,9 +156,10 @@ BString Session::Drop(const std::vector<BPath>& files)
         const BString ending = file.Extension().Lower();
         const bool picture =
             ending == "png" || ending == "jpg" || ending == "jpeg" || ending == "tga" || ending == "bmp";
-        if (!picture)
+        const bool materials = ending == "json";
+        if (!picture && !materials)
             models.push_back(file);
-        else if (BString why = SetTexture(file); problem.IsEmpty())
+        else if (BString why = picture ? SetTexture(file) : SetMaterials(file); problem.IsEmpty())
             problem = why;
     }
     if (!models.empty())
@@ -151,7 +182,7 @@ bool Session::LookAtFiles()
 
 std::vector<std::string> Session::Warnings() const
 {
-    std::vector<std::string> warnings;
+    std::vector<std::string> warnings = mMaterialProblems;
     for (const BString& warning : mPreview->Warnings())
         warnings.push_back(warning.Std());
     return warnings;

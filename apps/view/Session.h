@@ -30,7 +30,9 @@ public:
     BString Open(const std::vector<BPath>& models); ///< in place of what is open
     BString Reload();                               ///< the same files again; view and selection stay
     BString SetTexture(const BPath& picture);       ///< for all materials that have none
-    /// What a hand lets fall on the window: models take the place of what is open, a picture becomes the texture.
+    BString SetMaterials(const BPath& json);        ///< in place of those of the models with their names
+    /// What a hand lets fall on the window: models take the place of what is open, a picture becomes the texture, a
+    /// JSON file gives materials.
     BString Drop(const std::vector<BPath>& files);
     /// Reloads when a file has changed: a model, its materials, its textures. Tells what came of it.
     /// @return whether anything happened
@@ -115,6 +117,7 @@ public:
 
 private:
     BString Load(const std::vector<BPath>& models, bool keepView);
+    BString ApplyMaterials(Preview& preview);
     void Take(std::unique_ptr<Preview> preview, bool keepView);
     std::vector<BPath> FilesOf(Preview& preview, const std::vector<BPath>& models) const;
     void Gather(BArray<VERTEX>& points, BArray<VERTEX>& around);
@@ -128,7 +131,8 @@ private:
 
     std::unique_ptr<Preview> mPreview;
     std::vector<BPath> mModels;
-    BPath mTexture;
+    BPath mTexture, mMaterials;
+    std::vector<std::string> mMaterialProblems; ///< of the file of materials
     FileWatch mWatch;
     std::vector<std::string> mGroups;
     PreviewOptions mOptions;

@@ -168,9 +168,9 @@ TEST_F(Viewer, ReloadsWhatHasChangedAndKeepsViewAndSelection)
     const float half = mSession.Camera().HalfHeight();
     EXPECT_FALSE(mSession.LookAtFiles());
 
-    const auto change = [&](const std::string& text)
+    const auto change = [&](const std::string& text, const char* file = "grid.obj")
     {
-        mPlace.Write("grid.obj", text); // of another length, so that the clock's grain does not matter
+        mPlace.Write(file, text); // of another length, so that the clock's grain does not matter
         EXPECT_FALSE(mSession.LookAtFiles()) << "while it is being written";
         EXPECT_TRUE(mSession.LookAtFiles());
     };
@@ -187,6 +187,16 @@ TEST_F(Viewer, ReloadsWhatHasChangedAndKeepsViewAndSelection)
     EXPECT_TRUE(mSession.Telling().isError);
     EXPECT_NE(mSession.Telling().text.find("grid.obj:2"), std::string::npos) << mSession.Telling().text;
     EXPECT_EQ(mSession.Scene().Object(0)->Geom()->NumPolys(), 17);
+
+    change(Grid(4));
+    const std::string red = R"({"materials": [{"name": "Red", "surface": {"Diffuse_Color": [1, 0, 0]}}]})";
+    mPlace.Write("red.json", red);
+    ASSERT_EQ(mSession.SetMaterials(In(mPlace, "red.json")).Std(), "");
+    mSession.Tell("");
+    change(red + "\n", "red.json");
+    EXPECT_EQ(mSession.Telling().text, "reloaded");
+    change(red + "}", "red.json");
+    EXPECT_NE(mSession.Telling().text.find("red.json:1"), std::string::npos) << mSession.Telling().text;
 }
 
 TEST_F(Viewer, KeepsTheModelWhenNonsenseIsDropped)
@@ -195,7 +205,8 @@ TEST_F(Viewer, KeepsTheModelWhenNonsenseIsDropped)
     mPlace.Write("noise.bin", std::string("\0\1\2\xff nonsense\n", 14));
     mPlace.Write("picture.png", "no picture");
     mPlace.Write("other.obj", Grid(2));
-    for (const char* const name : {"noise.bin", "picture.png", "missing.obj", "."})
+    mPlace.Write("broken.json", "{");
+    for (const char* const name : {"noise.bin", "picture.png", "broken.json", "missing.obj", "."})
     {
         const BString problem = mSession.Drop({In(mPlace, name)});
         EXPECT_NE(problem.Std(), "") << name;
