@@ -24,7 +24,7 @@ struct VXPickHit
     std::int32_t drawGeom = -1;       ///< which geometry of the object (E_DrawGeom); -1 where objects alone have names
     std::int32_t polygon = -1;        ///< index in the geometry's record; -1 where objects alone have names
     std::int32_t edge = -1;           ///< index in the geometry's edge list; -1 when it has none, too
-    std::int32_t verts[2] = {-1, -1}; ///< an edge's two vertices, or a vertex: indices in the geometry's record
+    std::int32_t verts[2] = {-1, -1}; ///< an edge's two vertices, the lower first, or a vertex: indices in the record
     float x = 0, y = 0; ///< where, in pixels from the picture's upper left corner: the first pixel's middle is (.5, .5)
     float depth = 1;    ///< of the depth buffer: 0 nearest, 1 farthest
 
@@ -48,7 +48,7 @@ public:
 
     /// Names for what is drawn next: one for an object as a whole, or one for each of its `count` polygons in order.
     /// @param kind Object or Polygon
-    /// @return the first name; 0 when all 2^32 - 1 are given away or memory ran out
+    /// @return the first name; 0 when there are not so many of the 2^32 - 2 left, or memory ran out
     std::uint32_t AddNames(VXPickKind kind, std::int32_t object, std::int32_t drawGeom, std::int32_t count);
 
     std::uint32_t* Names() { return mNames.Data(); } ///< Width() x Height(), top row first

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 // How far, along either side, the middle of a pixel that shows a polygon may be from a point of the polygon's rim: a
 // rim that is seen has such a pixel beside it.
@@ -163,6 +164,8 @@ VXPickHit VXPicker::EdgeAt(int x, int y, float radius) const
     if (!hit)
         return hit;
     hit.kind = VXPickKind::Edge;
+    if (hit.verts[0] > hit.verts[1]) // whichever polygon it was found on
+        std::swap(hit.verts[0], hit.verts[1]);
     const VXEdgeList& edges = GeomOf(hit)->EdgeList();
     if (hit.verts[0] < edges.GetVertexLinkCount())
         hit.edge = edges.FindEdge(hit.verts[0], hit.verts[1], hit.polygon);

@@ -96,7 +96,7 @@ TEST(BadInput, ThatIsNoFileIsNamed)
     Workplace place;
     place.Write("folder.obj/inside", "");
     const std::string missing = "velmar: mod\xC3\xA8le\\.obj: no such file, expected .*";
-    for (const std::string verb : {"info", "preview"})
+    for (const std::string verb : {"info", "preview", "styles", "turntable"})
     {
         SCOPED_TRACE(verb);
         ExpectFailure(place, {verb, "mod\xC3\xA8le.obj"}, 1, missing);
@@ -127,6 +127,11 @@ TEST(BadOutput, IsFoundBeforeAnythingIsDrawn)
     ExpectFailure(place, {"preview", "good.obj", "-o", "some folder.png"}, 1,
                   "velmar: some folder\\.png: is a folder, expected .*");
     ExpectFailure(place, {"preview", "good.obj", "-o", "file/out.png"}, 1, "velmar: file/out\\.png: .*, expected .*");
+    ExpectFailure(place, {"styles", "good.obj", "-o", "no/where.png"}, 1, "velmar: no/where\\.png: no such folder, .*");
+    ExpectFailure(place, {"turntable", "good.obj", "-o", "no/%d.png"}, 1, "velmar: no/1\\.png: no such folder, .*");
+    place.Write("frame-03.png", "");
+    ExpectFailure(place, {"turntable", "good.obj", "--texture", "frame-03.png", "-o", "frame-%02d.png"}, 1,
+                  "velmar: frame-03\\.png: is also an input, expected another name");
     const std::vector<std::vector<std::string>> makers = {
         {"weld", "good.obj"}, {"subdivide", "good.obj"}, {"transfer-groups", "file", "good.obj"}};
     for (std::vector<std::string> maker : makers)
@@ -197,6 +202,25 @@ TEST(Usage, ThatMakesNoSenseIsOneLineAndCode2)
         {{"preview", "-o", "good.obj"}, "velmar: --output: .*expected one that ends in \\.png.*"},
         {{"preview", "good.obj", "--crease-method", "3"}, "velmar: --crease-method: .*expected 0, 1 or 2,.*"},
         {{"preview", "good.obj", "--show", "edges"}, "velmar: --show: .*edges.*expected normals or tangents,.*"},
+        {{"styles", "good.obj", "--mode", "wire"}, "velmar: --mode: unknown option, see 'velmar styles --help'"},
+        {{"styles", "good.obj", "--columns", "0"}, "velmar: --columns: '0' .*from 1 to 16,.*"},
+        {{"turntable", "good.obj", "-o", "old.png"}, "velmar: --output: 'old.png' .*expected one %d,.*"},
+        {{"turntable", "good.obj", "-o", "%s%d.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%d%d.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%d%%.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%n.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%099d.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%*d.png"}, "velmar: --output: .*"},
+        {{"turntable", "good.obj", "-o", "%d.jpg"}, "velmar: --output: .*expected one that ends in \\.png.*"},
+        {{"turntable", "good.obj", "--frames", "0"}, "velmar: --frames: '0' .*from 1 to 9999,.*"},
+        {{"pick", "good.obj"}, "velmar: --at is required, .*"},
+        {{"pick", "good.obj", "--at", "7"}, "velmar: --at: '7' is no pixel, expected X,Y.*"},
+        {{"pick", "good.obj", "--at", "-1,5"}, "velmar: --at: .*"},
+        {{"pick", "good.obj", "--at", "1,5x"}, "velmar: --at: .*"},
+        {{"pick", "good.obj", "--at", "99999999999,5"}, "velmar: --at: .*"},
+        {{"pick", "good.obj", "--at", "1280,5"}, "velmar: --at: 1280,5 lies outside .*1280 x 720 pixels, .*"},
+        {{"pick", "good.obj", "--at", "1,5", "--kind", "face"}, "velmar: --kind: 'face' .*expected object, .*"},
+        {{"pick", "good.obj", "--at", "1,5", "--radius", "-1"}, "velmar: --radius: .*"},
         {{"weld", "good.obj"}, "velmar: --output is required, .*"},
         {{"weld", "good.obj", "-o", "old.png"}, "velmar: --output: .*expected one that ends in \\.obj.*"},
         {{"weld", "good.obj", "-o", "x.obj", "--tolerance", "-1"}, "velmar: --tolerance: '-1' .*from 0 to .*"},

@@ -1,10 +1,5 @@
 // Pictures that velmar preview makes of good files.
-#include "Command.h"
-
-#include "host/image/Picture.h"
-#include "host/window/OffscreenContext.h"
-
-#include <gtest/gtest.h>
+#include "DrawingTest.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -25,15 +20,12 @@ const std::string kHouseZ = "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nv -1 -1 2\n
                             "v 0 -1 3\nv 0 1 3\n"
                             "f 4 3 2 1\nf 1 2 6 9 5\nf 2 3 7 6\nf 3 4 8 10 7\nf 4 1 5 8\nf 6 7 10 9\nf 9 10 8 5\n";
 
-class Preview : public testing::Test
+class Preview : public DrawingTest
 {
 protected:
     void SetUp() override
     {
-        vx::OffscreenContext context;
-        if (!context.Create())
-            GTEST_SKIP() << "no OpenGL: " << context.Error().Std();
-        context.Release();
+        DrawingTest::SetUp();
         mPlace.Write("house.obj", kHouse);
     }
 
@@ -56,16 +48,6 @@ protected:
         EXPECT_EQ(outcome.out, "drawn.png\n");
         return Opened("drawn.png");
     }
-
-    vx::PicturePtr Opened(const std::string& name)
-    {
-        BString error;
-        vx::PicturePtr picture = vx::ReadPicture(BPath(BString((mPlace.Folder() / name).string())), error);
-        EXPECT_TRUE(picture) << error.Std();
-        return picture;
-    }
-
-    Workplace mPlace;
 };
 
 // Share of the pixels that differ between two pictures of one size.
