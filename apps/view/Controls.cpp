@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace vx::view
 {
@@ -122,7 +123,12 @@ static constexpr Controls::KeyRow kKeys[] = {
      [](Controls& c) { c.Of().ChangeSelection().Apply(Selection::Step::Shrink); }},
     {GLFW_KEY_I, true, "Ctrl I", "invert the selection", [](Controls& c) { c.Of().ChangeSelection().Invert(); }},
     {GLFW_KEY_A, true, "Ctrl A", "select all", [](Controls& c) { c.Of().ChangeSelection().SelectAll(true); }},
-    {GLFW_KEY_ESCAPE, false, "Esc", "select nothing", [](Controls& c) { c.Of().ChangeSelection().SelectAll(false); }},
+    {GLFW_KEY_ESCAPE, false, "Esc", "close this page, else select nothing",
+     [](Controls& c)
+     {
+         if (!std::exchange(c.showHelp, false))
+             c.Of().ChangeSelection().SelectAll(false);
+     }},
     {GLFW_KEY_R, false, "R", "read the files again", [](Controls& c) { c.Report(c.Of().Reload()); }},
     {GLFW_KEY_P, false, "P", "save a picture", [](Controls& c) { c.wantsScreenshot = true; }},
     {GLFW_KEY_TAB, false, "Tab", "show or hide the panel", [](Controls& c) { c.showPanels ^= true; }},

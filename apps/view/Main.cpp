@@ -39,13 +39,12 @@ struct ViewArguments : PictureArguments
 int ReadScript(const std::string& name, vx::view::Script& script)
 {
     Input input{BString(name)};
-    const auto fail = [&](const BString& why) { return Fail(kFailed, input.Name(), 0, why); };
-    if (!input.Open())
-        return fail(input.Error().IsEmpty() ? BString("cannot be read") : input.Error());
+    if (name == "-" && !input.Open())
+        return Fail(kFailed, input.Name(), 0, input.Error());
     BFile file(input.Path());
     char* const text = file.Open(BFile::Mode::Read) == 0 ? file.ReadAll() : nullptr;
     if (!text)
-        return fail(file.LastError());
+        return Fail(kFailed, input.Name(), 0, file.LastError() + ", expected a script of commands");
     const bool read = script.Read({text, std::size_t(MEM_Count(text))}, input.Name().Std());
     MEM_Free(text);
     return read ? int(kDone) : Fail(kFailed, "", 0, script.Error());

@@ -293,7 +293,7 @@ protected:
     Outcome Run(const std::string& script, std::vector<std::string> arguments = {})
     {
         mPlace.Write("script.txt", script);
-        std::vector<std::string> words = {"60",       "env",       "DISPLAY=" + mDisplay->Name(), VELMAR_VIEW_PROGRAM,
+        std::vector<std::string> words = {"120",      "env",       "DISPLAY=" + mDisplay->Name(), VELMAR_VIEW_PROGRAM,
                                           "--script", "script.txt"};
         words.insert(words.end(), arguments.begin(), arguments.end());
         return mPlace.Run("timeout", words);
