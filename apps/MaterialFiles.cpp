@@ -12,7 +12,11 @@ int ReadMaterialsInput(const std::string& name, std::vector<NamedMaterial>& mate
 {
     Input input{BString(name)};
     if (!input.Open())
-        return Fail(kFailed, input.Name(), 0, input.Error());
+    {
+        BString why = input.Error();
+        why.ReplaceAll("a Wavefront OBJ file", "a JSON file of materials");
+        return Fail(kFailed, input.Name(), 0, why);
+    }
     BFile file(input.Path());
     char* const text = file.Open(BFile::Mode::Read) == 0 ? file.ReadAll() : nullptr;
     if (!text)

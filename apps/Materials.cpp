@@ -24,26 +24,35 @@ std::string BallText()
 {
     constexpr int kRound = 96, kRings = 48;
     constexpr double kRepeats = 2;
-    std::string text = "o Ball\n";
-    for (int ring = 0; ring <= kRings; ++ring)
-        for (int i = 0; i <= kRound; ++i)
+    std::string text = "o Ball\nv 0 2 0\nv 0 0 0\n";
+    for (int ring = 1; ring < kRings; ++ring)
+        for (int i = 0; i < kRound; ++i)
         {
             const double polar = std::numbers::pi * ring / kRings, around = 2 * std::numbers::pi * i / kRound;
-            text += BString::Format("v %.6f %.6f %.6f\nvt %.6f %.6f\n", std::sin(polar) * std::sin(around),
-                                    1 - std::cos(polar), std::sin(polar) * std::cos(around), kRepeats * i / kRound,
-                                    double(ring) / kRings);
+            text += BString::Format("v %.6f %.6f %.6f\n", std::sin(polar) * std::sin(around), 1 + std::cos(polar),
+                                    std::sin(polar) * std::cos(around));
         }
+    for (int ring = 0; ring <= kRings; ++ring)
+        for (int i = 0; i <= kRound; ++i)
+            text += BString::Format("vt %.6f %.6f\n", kRepeats * i / kRound, 1 - double(ring) / kRings);
+
+    const auto corner = [&](int ring, int i)
+    {
+        const int vertex = ring == 0 ? 1 : ring == kRings ? 2 : 3 + (ring - 1) * kRound + i % kRound;
+        text += BString::Format(" %d/%d", vertex, 1 + ring * (kRound + 1) + i);
+    };
     text += "s 1\nusemtl Ball\n";
     for (int ring = 0; ring < kRings; ++ring)
-        for (int i = 1; i <= kRound; ++i)
+        for (int i = 0; i < kRound; ++i)
         {
-            const int a = ring * (kRound + 1) + i, b = a + 1, c = b + kRound + 1, d = a + kRound + 1;
-            if (ring > 0 && ring < kRings - 1)
-                text += BString::Format("f %d/%d %d/%d %d/%d %d/%d\n", a, a, b, b, c, c, d, d);
-            else if (ring == 0)
-                text += BString::Format("f %d/%d %d/%d %d/%d\n", a, a, c, c, d, d);
-            else
-                text += BString::Format("f %d/%d %d/%d %d/%d\n", a, a, b, b, c, c);
+            text += "f";
+            corner(ring, i);
+            corner(ring + 1, i);
+            if (ring + 1 < kRings)
+                corner(ring + 1, i + 1);
+            if (ring > 0)
+                corner(ring, i + 1);
+            text += "\n";
         }
     return text;
 }

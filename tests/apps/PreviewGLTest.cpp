@@ -365,6 +365,45 @@ TEST_F(Preview, SaysWithVerboseHowItDraws)
     EXPECT_EQ(outcome.out, "preview.png\n");
 }
 
+// A dark and a bright half of the house, split by a node; without its shader it is of one colour.
+TEST_F(Preview, DrawsMaterialsAsTheFileSays)
+{
+    const std::string split = "{\"materials\": [{\"name\": \"any\", \"surface\": {\"Highlight_Value\": 0, "
+                              "\"Diffuse_Color\": {\"type\": \"math\", \"Operation\": \"step\", \"Value_2\": 1, "
+                              "\"Value_1\": {\"type\": \"position\"}}}}";
+    mPlace.Write("split.json", split + "]}");
+    mPlace.Write("part.json", split + ",\n {\"name\": \"bad\", \"surface\": []}]}");
+    mPlace.Write("broken.json", split);
+
+    const std::vector<std::string> front = {"--no-shadows", "--azimuth", "0", "--elevation", "0"};
+    const auto with = [&](std::vector<std::string> more)
+    {
+        more.insert(more.end(), front.begin(), front.end());
+        return more;
+    };
+    const auto brightness = [](const CPB_Offscreen& picture, int y) { return int(picture.Row(y)[4 * 48 + 1]); };
+    const vx::PicturePtr drawn = Draw(with({"--materials", "split.json"}));
+    const vx::PicturePtr flat = Draw(with({"--materials", "split.json", "--shaders", "off"}));
+    ASSERT_TRUE(drawn && flat);
+    EXPECT_GT(brightness(*drawn, 32), brightness(*drawn, 54) + 100) << "bright above the middle of the wall";
+    EXPECT_NEAR(brightness(*flat, 32), brightness(*flat, 54), 30);
+
+    const vx::PicturePtr plain = Draw(front);
+    for (const auto& [file, told] : {std::pair("part.json", "velmar: warning: part.json:2:29: expected the surface"),
+                                     std::pair("broken.json", "velmar: warning: broken.json:1:")})
+    {
+        const Outcome outcome = Run(with({"house.obj", "-o", "rest.png", "--size", "96x64", "--materials", file}));
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.err.substr(0, std::string(told).size()), told);
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        const vx::PicturePtr rest = Opened("rest.png");
+        ASSERT_TRUE(rest && plain);
+        EXPECT_EQ(Difference(*rest, *plain) < 0.01, std::string(file) == "broken.json") << "the rest is drawn";
+    }
+    EXPECT_EQ(Run({"house.obj", "-o", "none.png", "--materials", "absent.json"}).exitCode, 1);
+    EXPECT_FALSE(mPlace.Has("none.png"));
+}
+
 TEST_F(Preview, WithoutOpenGLEndsWithCode3)
 {
 #ifdef _WIN32
