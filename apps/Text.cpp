@@ -24,12 +24,13 @@ namespace
 {
 
 constexpr double kLargestLength = 1e6; // model units
+constexpr float kDepthOfSize = 0.2f;   // unless a depth is given
 
 struct TextArguments
 {
     std::string text, font, align = "left";
     int width = 1280; ///< of a picture, in pixels
-    bool deep = true; ///< a depth was asked for, or flat text was not
+    bool depthGiven = false;
     TextMeshOptions mesh;
     ModelOutput output;
 };
@@ -126,8 +127,8 @@ int RunText(TextArguments& arguments)
         return Fail(kFailed, "", 0, fonts.Error());
 
     arguments.mesh.align = AlignOf(arguments.align);
-    if (!arguments.deep)
-        arguments.mesh.depth = 0;
+    if (!arguments.depthGiven) // flat letters are what two sides are asked of
+        arguments.mesh.depth = arguments.mesh.twoSided ? 0 : kDepthOfSize * arguments.mesh.size;
     TextMeshReport report;
     RecordPtr record = BuildTextMesh(text, *face, arguments.mesh, report);
     const BString font = face->Path().FullPath();
@@ -176,7 +177,9 @@ void AddTextVerb(CLI::App& app, int& exitCode)
     const float least = 1e-6f;
     AddNumber(*verb, "--size", mesh.size, least, kLargestLength, "Height of the font, from line to line or nearly so");
     CLI::Option* const depth =
-        AddNumber(*verb, "--depth", mesh.depth, 0, kLargestLength, "How thick the letters are; 0 makes them flat");
+        AddNumber(*verb, "--depth", mesh.depth, 0, kLargestLength,
+                  "How thick the letters are, a fifth of the size unless given; 0 makes them flat");
+    depth->default_str("");
     AddNumber(*verb, "--bevel", mesh.bevel, 0, kLargestLength,
               "Cut off the edges so far, at most half the depth; the sides stand out as much, less where they would "
               "meet");
@@ -196,7 +199,7 @@ void AddTextVerb(CLI::App& app, int& exitCode)
     verb->callback(
         [arguments, depth, &exitCode]
         {
-            arguments->deep = depth->count() > 0 || !arguments->mesh.twoSided;
+            arguments->depthGiven = depth->count() > 0;
             exitCode = RunText(*arguments);
         });
 }
