@@ -65,6 +65,8 @@ const std::vector<RatioRow> kRatios = {
      {"Whole/velmar"},
      {"ObjRead/tinyobjloader", "Edges/openmesh", "Normals/openmesh"},
      1},
+    {"lined frame of 70,000 quads / bare program", {"Frame/velmar"}, {"Frame/bare"}, 0.5},
+    {"frame of 1,000 objects / one object of their polygons", {"Objects/thousand"}, {"Objects/one"}, 0.5},
 };
 
 struct LimitRow

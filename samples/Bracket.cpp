@@ -24,7 +24,7 @@ Ks 0.8 0.7 0.4
 Ns 70
 
 newmtl dial
-Kd 0.8 0.63 0.27
+Kd 1 1 1
 Ks 0.8 0.7 0.4
 Ns 70
 map_Kd dial.png

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <vector>
 
 using namespace vx;
 namespace fs = std::filesystem;
@@ -24,7 +25,7 @@ const fs::path kReferences = fs::path(VELMAR_SOURCE_DIR) / "tests/host/reference
 
 struct Case
 {
-    const char* name;
+    std::string name;
     const char* model;
     DrawMode mode;
     std::function<void(PreviewOptions&)> change = [](PreviewOptions&) {};
@@ -37,22 +38,31 @@ void OnPlain(PreviewOptions& options)
     options.backgroundTop = {0.72f, 0.74f, 0.77f};
 }
 
-const Case kCases[] = {
+const Case kSpecialCases[] = {
     {"bracket-edges", "bracket", DrawMode::Smooth, [](PreviewOptions& o) { OnPlain(o), o.edgeLines = true; }},
-    {"bracket-flat-lined", "bracket", DrawMode::FlatLined, OnPlain},
-    {"bracket-hidden-line", "bracket", DrawMode::HidLine},
-    {"bracket-normals", "bracket", DrawMode::Normals},
+    {"bracket-occlusion", "bracket", DrawMode::Smooth,
+     [](PreviewOptions& o) { OnPlain(o), o.occlusion = OcclusionQuality::Full; }},
     {"bracket-parallel", "bracket", DrawMode::Wire, [](PreviewOptions& o) { OnPlain(o), o.view.ortho = true; }},
     {"sailboat-textured", "sailboat", DrawMode::SmoothTextured},
     {"sailboat-toon", "sailboat", DrawMode::ToonShadedOutlined,
      [](PreviewOptions& o) { OnPlain(o), o.view.azimuth = -50; }},
     {"teacup-clear", "teacup", DrawMode::SmoothTextured,
      [](PreviewOptions& o) { o.background = BackgroundStyle::Clear; }},
-    {"teacup-depth", "teacup", DrawMode::Depth},
-    {"teacup-ground", "teacup", DrawMode::SmoothTextured, [](PreviewOptions& o) { o.ground = true; }},
-    {"teacup-lit-wire", "teacup", DrawMode::LitWire, OnPlain},
-    {"teacup-outline", "teacup", DrawMode::Outline, OnPlain},
+    {"teacup-faded", "teacup", DrawMode::FlatLined,
+     [](PreviewOptions& o) { OnPlain(o), o.depthCue = true, o.productionFrame = 1; }},
+    {"teacup-ground", "teacup", DrawMode::SmoothTextured, [](PreviewOptions& o) { OnPlain(o), o.ground = true; }},
 };
+
+// Every draw style of two models, and what else there is to see.
+std::vector<Case> Cases()
+{
+    std::vector<Case> cases;
+    for (const char* const model : {"bracket", "teacup"})
+        for (int mode = 0; mode < kNumDrawModes; ++mode)
+            cases.push_back({std::string(model) + "-" + PresetOf(DrawMode(mode)).name, model, DrawMode(mode), OnPlain});
+    cases.insert(cases.end(), std::begin(kSpecialCases), std::end(kSpecialCases));
+    return cases;
+}
 
 std::string Rasteriser(const Preview& preview)
 {
@@ -93,14 +103,14 @@ TEST_P(Reference, IsDrawnAsAccepted)
     ASSERT_TRUE(preview.Load(Path(model))) << preview.Error().CString();
     EXPECT_EQ(preview.Warnings().Count(), 0);
     PreviewOptions options;
-    options.width = 288;
-    options.height = 216;
+    options.width = 320;
+    options.height = 240;
     options.mode = row.mode;
     row.change(options);
     const PicturePtr drawn = preview.Render(options);
     ASSERT_TRUE(drawn) << preview.Error().CString();
 
-    const fs::path reference = kReferences / (std::string(row.name) + ".png");
+    const fs::path reference = kReferences / (row.name + ".png");
     if (accept)
     {
         fs::create_directories(kReferences);
@@ -117,14 +127,14 @@ TEST_P(Reference, IsDrawnAsAccepted)
         return;
     const fs::path folder = VELMAR_PICTURE_DIR;
     fs::create_directories(folder);
-    WritePng(*drawn, Path(folder / (std::string(row.name) + ".actual.png")));
+    WritePng(*drawn, Path(folder / (row.name + ".actual.png")));
     if (marked)
-        WritePng(*marked, Path(folder / (std::string(row.name) + ".difference.png")));
+        WritePng(*marked, Path(folder / (row.name + ".difference.png")));
     ADD_FAILURE() << found.pixelsOff << " pixels are off by up to " << found.largest << "; see " << folder
                   << " (drawn by " << rasteriser << ", reference by " << recorded << ")";
 }
 
-INSTANTIATE_TEST_SUITE_P(Samples, Reference, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Samples, Reference, testing::ValuesIn(Cases()),
                          [](const auto& row)
                          {
                              std::string name = row.param.name;
