@@ -3,7 +3,6 @@
 #include "base/GEOM_Obj.h"
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
-#include "host/gl/Framebuffer.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/VXGLDrawEngine.h"
 #include "host/image/Png.h"
@@ -479,33 +478,6 @@ TEST_F(PreviewGL, OddMeshesLeaveNoError)
     ASSERT_TRUE(shown.LoadText(lines, std::strlen(lines), "lines", BPath("."))) << shown.Error().CString();
     const Bounds ink = InkOf(*Drawn(shown, Plain(DrawMode::Smooth)), 250);
     EXPECT_GT(ink.pixels, 100) << "three segments and three points";
-}
-
-TEST_F(PreviewGL, PickingDrawsEachObjectInItsNumber)
-{
-    Add(preview, Moved(Cube(), {-2, 0, 0}));
-    Add(preview, Moved(Cube(), {2, 0, 0}));
-    const PreviewOptions options = Plain(DrawMode::Smooth, 120, 60);
-    Framebuffer target;
-    ASSERT_EQ(target.Create(options.width, options.height, 4), "");
-    View view = preview.FitToScene(options);
-    ASSERT_TRUE(preview.DrawFrame(options, view)) << preview.Error().CString();
-    preview.Scene().PickPolygonsAndMore(view.toView);
-    const PicturePtr names = target.ReadBack(true);
-    const auto name = [&](int x, int y)
-    {
-        const std::uint8_t* const p = names->Row(y) + 4 * x;
-        return p[0] + 256 * p[1] + 65536 * p[2] - 1;
-    };
-    EXPECT_EQ(name(30, 30), 0);
-    EXPECT_EQ(name(90, 30), 1);
-    EXPECT_EQ(name(60, 30), -1) << "between the two";
-    for (int y = 0; y < 60; ++y)
-        for (int x = 0; x < 120; ++x)
-            ASSERT_TRUE(name(x, y) >= -1 && name(x, y) <= 1) << "edges are not blended: " << x << ", " << y;
-    ASSERT_TRUE(preview.DrawFrame(options, view)) << "and the next frame is a picture again";
-    EXPECT_GT(Grey(*target.ReadBack(false), 30, 30), 100);
-    EXPECT_EQ(PendingGLErrors(), "");
 }
 
 TEST_F(PreviewGL, AnswersInWordsForPicturesThatCannotBe)
