@@ -172,7 +172,7 @@ TEST(Usage, ThatMakesNoSenseIsOneLineAndCode2)
         const char* line;
     };
     const Row rows[] = {
-        {{}, "velmar: no verb, expected preview, info, .* or .*, .*"},
+        {{}, "velmar: no verb, expected preview, .*info, .* or .*, .*"},
         {{"draw", "good.obj"}, "velmar: unknown verb 'draw', expected preview, .*"},
         {{"info"}, "velmar: .*INPUT.*'velmar info --help'"},
         {{"info", "good.obj", "--jsn"}, "velmar: --jsn: unknown option, see 'velmar info --help'"},
