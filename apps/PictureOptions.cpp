@@ -150,6 +150,35 @@ std::string CheckAspect(const std::string& text)
                             : "'" + text + "' is no shape of a frame, expected WIDTH:HEIGHT or their ratio, 0.05 to 20";
 }
 
+// --- Overlays: KIND or KIND=TEXT
+
+std::optional<OverlaySpec> ReadOverlay(const std::string& text)
+{
+    const std::size_t sign = text.find('=');
+    const std::string kind = text.substr(0, sign), value = sign == std::string::npos ? "" : text.substr(sign + 1);
+    const bool plain = sign == std::string::npos;
+    if (kind == "stats" && plain)
+        return OverlaySpec{OverlayKind::Stats, {}};
+    if (kind == "axes" && plain)
+        return OverlaySpec{OverlayKind::Axes, {}};
+    if (kind == "title" && !value.empty())
+        return OverlaySpec{OverlayKind::Title, BString(value)};
+    if (kind == "logo" && !value.empty())
+        return OverlaySpec{OverlayKind::Logo, BString(value)};
+    if (kind != "frame")
+        return std::nullopt;
+    const auto aspect = plain ? std::optional<float>(OverlaySpec().aspect) : ReadAspect(value);
+    return aspect ? std::optional<OverlaySpec>({OverlayKind::Frame, {}, *aspect}) : std::nullopt;
+}
+
+std::string CheckOverlay(const std::string& text)
+{
+    return ReadOverlay(text) ? ""
+                             : "'" + text +
+                                   "' is no overlay, expected stats, title=TEXT, axes, frame, frame=WIDTH:HEIGHT or "
+                                   "logo=FILE.png";
+}
+
 // --- Highlights
 
 void AddHighlight(CLI::App& verb, std::vector<Highlight>& highlights, const char* name, bool vertices,
@@ -309,6 +338,14 @@ void PictureArguments::AddOverlays(CLI::App& verb)
     verb.add_option("--frame", mFrame, "Darken what is outside of a frame of this shape, such as 16:9 or 1.85")
         ->type_name("ASPECT")
         ->check(CLI::Validator(CheckAspect, ""));
+    const auto lay = [this](const std::string& text) { picture.overlays.push_back(*ReadOverlay(text)); };
+    if (HaveOverlays())
+        verb.add_option_function<std::string>("--overlay", lay,
+                                              "Draw facts, words, the world's axes, a frame or a picture over it all; "
+                                              "may be given more than once")
+            ->trigger_on_parse()
+            ->type_name("stats|title=TEXT|axes|frame|logo=FILE")
+            ->check(CLI::Validator(CheckOverlay, ""));
 }
 
 void PictureArguments::AddSurface(CLI::App& verb)

@@ -1,5 +1,6 @@
 #include "host/Preview.h"
 
+#include "draw/VXObject2D.h"
 #include "draw/VXSceneDrawOptions.h"
 #include "engine/VXCamera.h"
 #include "engine/VXObject.h"
@@ -226,6 +227,29 @@ void Preview::ApplyShaders(const PreviewOptions& options)
     mContext->delegate.shaders = used;
 }
 
+// Where one cannot be made, those that are there stay.
+bool Preview::ApplyOverlays(const PreviewOptions& options)
+{
+    if (options.overlays == mApplied.overlays)
+        return true;
+    std::vector<std::unique_ptr<VXObject2D>> made;
+    for (const OverlaySpec& spec : options.overlays)
+    {
+        made.push_back(MakeOverlay(spec, mError));
+        if (!made.back())
+            return false;
+    }
+    for (const VXObject2D* const old : mOverlays)
+        mScene->RemoveObject2D(old);
+    mOverlays.clear();
+    for (std::unique_ptr<VXObject2D>& item : made)
+    {
+        mOverlays.push_back(item.release());
+        mScene->AddObject2D(mOverlays.back());
+    }
+    return true;
+}
+
 void Preview::ApplyGround(const PreviewOptions& options)
 {
     if (mStyled && !mGroundStale && options.ground == mApplied.ground && options.view.up == mApplied.view.up &&
@@ -356,7 +380,7 @@ bool Preview::DrawFrame(const PreviewOptions& options, const View& view, float p
         return false;
     VXScene::SetCurrentScene(mScene.get());
     Derive(options);
-    if (!ApplyBackgroundPicture(options))
+    if (!ApplyBackgroundPicture(options) || !ApplyOverlays(options))
         return false;
     ApplyStyle(options);
     ApplyShaders(options);

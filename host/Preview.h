@@ -10,12 +10,14 @@
 #include "host/gl/VectorLines.h"
 #include "host/image/Picture.h"
 #include "host/import/ModelStore.h"
+#include "host/overlay/Overlays.h"
 #include "material/VXDrawPresets.h"
 
 #include <memory>
 #include <vector>
 
 class VXGLDrawEngine;
+class VXObject2D;
 
 namespace vx
 {
@@ -60,6 +62,7 @@ struct PreviewOptions
     bool ownScheme = false; ///< subdivides by the library's own Catmull-Clark scheme even where there is OpenSubdiv
     bool cage = false;      ///< control meshes as wires over their subdivided surfaces
     ShaderUse shaders = ShaderUse::Auto;
+    std::vector<OverlaySpec> overlays; ///< drawn over the picture in this order; needs a build with Skia
 };
 inline constexpr int kMostSubdivision = 6; ///< levels; each has four times the polygons of the one before
 
@@ -143,6 +146,7 @@ private:
     void ApplyStyle(const PreviewOptions& options);
     void ApplyShaders(const PreviewOptions& options);
     void ApplyGround(const PreviewOptions& options);
+    bool ApplyOverlays(const PreviewOptions& options);
     void Derive(const PreviewOptions& options);
     void ApplySubdivision(const PreviewOptions& options);
     void TellOfFailures();
@@ -158,8 +162,9 @@ private:
     BString mError, mContextDescription;
     bool mOwnContext = true, mEngineReady = false;
     bool mStyled = false, mGroundStale = true;
-    bool mOwnScheme = false; ///< by which the levels there are were made
-    PreviewOptions mApplied; ///< what the scene is styled for
-    BPath mBackgroundFile;   ///< that the engine shows
+    bool mOwnScheme = false;            ///< by which the levels there are were made
+    PreviewOptions mApplied;            ///< what the scene is styled for
+    BPath mBackgroundFile;              ///< that the engine shows
+    std::vector<VXObject2D*> mOverlays; ///< the scene's
 };
 } // namespace vx

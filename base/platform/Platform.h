@@ -75,4 +75,8 @@ bool RenameOver(const std::filesystem::path& from, const std::filesystem::path& 
 bool RandomBytes(void* out, std::size_t bytes); ///< from the system's generator; false when it has none
 FENWICK_EXPORT std::int64_t Milliseconds();     ///< steadily rising; only differences mean something
 FENWICK_EXPORT bool ErrorsGoToTerminal();       ///< standard error is read by somebody who sits before it
+
+/// An OpenGL entry point for the context that is current on this thread, asked of whoever made that context (EGL, GLX,
+/// WGL). Loads no library. Null without a context or for an unknown name; some systems hand out stubs for these too.
+FENWICK_EXPORT void* FindGLFunction(const char* name);
 } // namespace vx::platform

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <new>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
@@ -307,4 +308,32 @@ std::int64_t Milliseconds()
 }
 
 bool ErrorsGoToTerminal() { return isatty(STDERR_FILENO) == 1; }
+
+// The window-system libraries are those that the program has loaded for the context it made; this one links none.
+static void* FindThrough(const char* library, const char* currentContext, const char* getAddress, const char* name)
+{
+    void* const loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
+    if (!loaded)
+        return nullptr;
+    const auto current = reinterpret_cast<void* (*)()>(dlsym(loaded, currentContext));
+    const auto get = reinterpret_cast<void* (*)(const char*)>(dlsym(loaded, getAddress));
+    void* found = nullptr;
+    if (current && get && current())
+    {
+        found = get(name);
+        if (!found)
+            found = dlsym(loaded, name);
+    }
+    dlclose(loaded);
+    return found;
+}
+
+void* FindGLFunction(const char* name)
+{
+    if (void* const found = FindThrough("libEGL.so.1", "eglGetCurrentContext", "eglGetProcAddress", name))
+        return found;
+    if (void* const found = FindThrough("libGLX.so.0", "glXGetCurrentContext", "glXGetProcAddressARB", name))
+        return found;
+    return FindThrough("libGL.so.1", "glXGetCurrentContext", "glXGetProcAddressARB", name);
+}
 } // namespace vx::platform

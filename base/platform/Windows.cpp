@@ -242,4 +242,23 @@ bool RandomBytes(void* out, std::size_t bytes)
 std::int64_t Milliseconds() { return std::int64_t(GetTickCount64()); }
 
 bool ErrorsGoToTerminal() { return _isatty(2) != 0; }
+
+// WGL knows the entry points beyond OpenGL 1.1, the library itself the others.
+void* FindGLFunction(const char* name)
+{
+    const HMODULE library = GetModuleHandleW(L"opengl32.dll");
+    if (!library)
+        return nullptr;
+    using Get = PROC(WINAPI*)(LPCSTR);
+    using Current = HGLRC(WINAPI*)();
+    const auto get = reinterpret_cast<Get>(GetProcAddress(library, "wglGetProcAddress"));
+    const auto current = reinterpret_cast<Current>(GetProcAddress(library, "wglGetCurrentContext"));
+    if (!get || !current || !current())
+        return nullptr;
+    PROC found = get(name);
+    const auto number = reinterpret_cast<std::intptr_t>(found); // some drivers answer small numbers for "unknown"
+    if (number >= -1 && number <= 3)
+        found = GetProcAddress(library, name);
+    return reinterpret_cast<void*>(found);
+}
 } // namespace vx::platform

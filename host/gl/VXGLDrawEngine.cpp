@@ -6,6 +6,7 @@
 #include "host/gl/FrameBlock.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/ShaderText.h"
+#include "host/overlay/OverlayPainter.h"
 #include "host/glsl/GlslCompiler.h"
 #include "mesh/VXGeom.h"
 #include "shader/VXShaderEngine.h"
@@ -41,6 +42,7 @@ BString VXGLDrawEngine::Init()
     VXShaderEngine* const shaders = new VXShaderEngine(this);
     shaders->SetShaderCompiler(new vx::GlslCompiler(shaders, this));
     SetShaderEngine(shaders);
+    mPainter = std::make_unique<vx::OverlayPainter>();
     mReady = true;
     return vx::PendingGLErrors();
 }
@@ -49,6 +51,7 @@ void VXGLDrawEngine::ReleaseGL()
 {
     if (!mReady)
         return;
+    mPainter.reset();
     ReleaseShaders();
     mPrograms.clear();
     mPickTarget.Release();

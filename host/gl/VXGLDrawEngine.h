@@ -23,10 +23,14 @@
 #include <utility>
 #include <vector>
 
+class VXObject2D;
+
 namespace vx
 {
 class GlslProgram;
+class OverlayPainter;
 class TextureTable;
+struct OverlayFrame;
 } // namespace vx
 
 /// The reference draw engine: OpenGL 3.3 with the compatibility profile, GLSL of its own for the look of the fixed
@@ -89,6 +93,8 @@ public:
         int width = 0, height = 0; ///< 0: the whole picture
     };
     void SetPickRegion(const PickRegion& region) { mPickRegion = region; }
+    /// How long the frame before took, for 2D objects that show it; 0 when that is not known.
+    void SetFrameMilliseconds(float milliseconds) { mFrameMilliseconds = milliseconds; }
 
     // --- After a frame
     const BString& Error() const { return mError; }                  ///< of the last frame; empty when all went well
@@ -172,6 +178,11 @@ public:
 
     // --- Hooks: VXGLDrawEngineOcclusion.cpp
     void EnableAOPrepShader() override; ///< begins the pass that draws normals and distances
+
+    // --- Hooks: VXGLDrawEngineItems.cpp
+    /// The scene's 2D objects, each at its pins: those that draw with Skia, in a build that has it, and the bitmaps of
+    /// others.
+    void DrawBitMaps(VXScene* scene) override;
 
     // --- Hooks: VXGLDrawEngineShadow.cpp
     void BeginDropShadow() override;
@@ -311,6 +322,10 @@ private:
     void DrawPickSurface(const VXElementBatch& batch);
     void BindPickArrays();
 
+    // VXGLDrawEngineItems.cpp
+    vx::OverlayFrame ItemFrame(const VXScene& scene) const;
+    void DrawBitmapItem(const VXObject2D& item, const vx::OverlayFrame& frame);
+
     // VXGLDrawEngineShadow.cpp
     bool MakeShadowMap();
     void BlurShadowMap();
@@ -325,6 +340,7 @@ private:
     float mPixelScale = 1;
     float mTile[4] = {1, 1, 0, 0};
     float mShadowDensity = 0.32f;
+    float mFrameMilliseconds = 0;
     vx::VectorKind mVectors = vx::VectorKind::Off;
     std::vector<vx::Highlight> mHighlights;
     std::shared_ptr<const CPB_Offscreen> mBackPicture;
@@ -333,6 +349,7 @@ private:
     bool mMemberWires = false; ///< while the wires of a shown group member are drawn
 
     // Lives in the context
+    std::unique_ptr<vx::OverlayPainter> mPainter;
     bool mReady = false;
     std::uint32_t mVertexArray = 0, mFrameBuffer = 0;
     std::map<std::uint32_t, std::unique_ptr<vx::Program>> mPrograms;

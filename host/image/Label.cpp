@@ -13,12 +13,6 @@ namespace vx
 {
 namespace
 {
-// The sans fonts that systems come with, in the order in which they are liked.
-constexpr const char* kSansFonts[] = {
-    "DejaVuSans.ttf", "NotoSans-Regular.ttf", "LiberationSans-Regular.ttf", "FreeSans.ttf", "FreeSans.otf",
-    "Ubuntu-R.ttf",   "OpenSans-Regular.ttf", "Roboto-Regular.ttf",         "segoeui.ttf",  "Arial.ttf",
-    "arial.ttf"};
-
 constexpr std::uint32_t kEllipsis = 0x2026;
 
 /// A face of a library of its own: labels leave the library's registry of fonts alone.
@@ -43,11 +37,9 @@ public:
             mLibrary = nullptr;
             return false;
         }
-        const BArray<BPath> folders = SystemFontFolders();
-        for (const char* const name : kSansFonts)
-            for (const BPath& folder : folders)
-                if (OpenFile(folder.Joined(name), pixelsPerEm))
-                    return true;
+        for (const BPath& file : SystemSansFonts())
+            if (OpenFile(file, pixelsPerEm))
+                return true;
         return false;
     }
     FT_Face Face() const { return mFace; }
@@ -69,7 +61,7 @@ public:
 private:
     bool OpenFile(const BPath& file, int pixelsPerEm)
     {
-        if (!file.IsFile() || FT_New_Face(mLibrary, file.FullPath().CString(), 0, &mFace) != 0)
+        if (FT_New_Face(mLibrary, file.FullPath().CString(), 0, &mFace) != 0)
         {
             mFace = nullptr;
             return false;

@@ -31,6 +31,12 @@ constexpr Place kPlaces[] = {
     {"HOME", "Library/Fonts"},
 };
 
+// The sans fonts that systems come with, in the order in which they are liked.
+constexpr const char* kSansFonts[] = {
+    "DejaVuSans.ttf", "NotoSans-Regular.ttf", "LiberationSans-Regular.ttf", "FreeSans.ttf", "FreeSans.otf",
+    "Ubuntu-R.ttf",   "OpenSans-Regular.ttf", "Roboto-Regular.ttf",         "segoeui.ttf",  "Arial.ttf",
+    "arial.ttf"};
+
 void AddWithFoldersBelow(const std::filesystem::path& top, std::vector<std::filesystem::path>& folders)
 {
     std::error_code failed;
@@ -70,5 +76,16 @@ BArray<BPath> SystemFontFolders()
         paths.Append(BPath(BString(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))));
     }
     return paths;
+}
+
+BArray<BPath> SystemSansFonts()
+{
+    const BArray<BPath> folders = SystemFontFolders();
+    BArray<BPath> files;
+    for (const char* const name : kSansFonts)
+        for (const BPath& folder : folders)
+            if (const BPath file = folder.Joined(name); file.IsFile())
+                files.Append(file);
+    return files;
 }
 } // namespace vx

@@ -1,0 +1,21 @@
+# Where the built library is kept: the user's cache, so that build folders and clones share it. The name follows the
+# recipe, so a changed recipe is built anew.
+
+function(velmar_skia_folder result)
+    if(WIN32)
+        set(cache $ENV{LOCALAPPDATA})
+    elseif(DEFINED ENV{XDG_CACHE_HOME} AND IS_ABSOLUTE "$ENV{XDG_CACHE_HOME}")
+        set(cache $ENV{XDG_CACHE_HOME})
+    else()
+        set(cache $ENV{HOME}/.cache)
+    endif()
+    set(recipe "")
+    foreach(file CMakeLists.txt Build.cmake)
+        file(SHA256 ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/${file} sum)
+        string(APPEND recipe ${sum})
+    endforeach()
+    string(SHA256 recipe "${recipe}")
+    string(SUBSTRING ${recipe} 0 12 recipe)
+    cmake_path(SET folder NORMALIZE "${cache}/velmar/skia-52-${recipe}")
+    set(${result} ${folder} PARENT_SCOPE)
+endfunction()
