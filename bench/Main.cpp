@@ -66,6 +66,7 @@ const std::vector<RatioRow> kRatios = {
      {"ObjRead/tinyobjloader", "Edges/openmesh", "Normals/openmesh"},
      1},
     {"lined frame of 70,000 quads / bare program", {"Frame/velmar"}, {"Frame/bare"}, 0.5},
+    {"the same with a Skia overlay / without", {"Frame/with-overlay"}, {"Frame/velmar"}, 1 / 1.1},
     {"frame of 1,000 objects / one object of their polygons", {"Objects/thousand"}, {"Objects/one"}, 0.5},
 };
 

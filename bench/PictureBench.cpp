@@ -1,7 +1,7 @@
 // A frame of 70,000 quads at 1280 x 720, shaded and lined, beside a program that does nothing but draw the same buffers
 // with the same shaders, one call for the surface and one for its lines; and a thousand objects beside one object with
-// as many polygons. Both wait for the picture to be done, as a viewer's swap of buffers would. What counts is processor
-// time, of all threads of the software renderer together.
+// as many polygons; and the frame with a Skia overlay beside the one without. All wait for the picture to be done, as a
+// viewer's swap of buffers would. What counts is processor time, of all threads of the software renderer together.
 
 #include "bench/BenchMeshes.h"
 #include "engine/VXObject.h"
@@ -17,6 +17,15 @@
 
 #include <GL/glew.h>
 #include <benchmark/benchmark.h>
+
+#ifdef VELMAR_WITH_SKIA
+#include "host/overlay/Overlay.h"
+#include "host/text/FontFolders.h"
+
+#include <SkCanvas.h>
+#include <SkFontMgr.h>
+#include <SkTypeface.h>
+#endif
 
 #include <cmath>
 #include <cstring>
@@ -291,6 +300,55 @@ void BareProgram(benchmark::State& state)
     for (auto _ : state)
         state.SetIterationTime(SecondsOf([&] { bare.Draw(); }));
 }
+
+#ifdef VELMAR_WITH_SKIA
+/// Fifty shapes and ten lines of text.
+class Panel : public Overlay
+{
+protected:
+    Size Measure(const OverlayFrame&) override { return {640, 400}; }
+    void Paint(SkCanvas& canvas, const OverlayFrame&, const Size& size) override
+    {
+        SkPaint paint;
+        paint.setAntiAlias(true);
+        paint.setTypeface(mFace);
+        paint.setTextSize(16);
+        for (int i = 0; i < 50; ++i)
+        {
+            paint.setColor(SkColorSetARGB(160, 40 + 4 * i, 90, 220 - 3 * i));
+            const float x = float(i * 37 % (size.width - 60)), y = float(i * 53 % (size.height - 40));
+            if (i % 2 == 0)
+                canvas.drawCircle(x + 20, y + 20, 18, paint);
+            else
+                canvas.drawRoundRect(SkRect::MakeXYWH(x, y, 58, 34), 6, 6, paint);
+        }
+        paint.setColor(SK_ColorBLACK);
+        for (int i = 0; i < 10; ++i)
+        {
+            const std::string words = "Line " + std::to_string(i) + ": what an overlay of a preview tells";
+            canvas.drawText(words.data(), words.size(), 20, float(40 + 36 * i), paint);
+        }
+    }
+
+private:
+    static sk_sp<SkTypeface> Face()
+    {
+        const BArray<BPath> fonts = SystemSansFonts();
+        const sk_sp<SkFontMgr> manager(SkFontMgr::RefDefault());
+        return sk_sp<SkTypeface>(fonts.IsEmpty() ? nullptr : manager->createFromFile(fonts[0].FullPath().CString()));
+    }
+    sk_sp<SkTypeface> mFace = Face();
+};
+
+void WithOverlay(benchmark::State& state)
+{
+    Stage stage;
+    AddObject(stage.preview, Model());
+    stage.preview.Scene().AddObject2D(new Panel);
+    Run(state, stage);
+}
+BENCHMARK(WithOverlay)->Name("Frame/with-overlay")->Unit(benchmark::kMillisecond)->UseManualTime();
+#endif
 
 // --- Many objects
 

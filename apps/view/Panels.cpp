@@ -117,6 +117,20 @@ void Panels::Switch(const char* label, bool PreviewOptions::*option)
         mSession.Change().*option = on;
 }
 
+// One that came with the command line, whatever its words, is switched off and on like all others.
+void Panels::Switch(const char* label, OverlayKind overlay)
+{
+    const auto same = [overlay](const OverlaySpec& spec) { return spec.kind == overlay; };
+    const std::vector<OverlaySpec>& overlays = mSession.Options().overlays;
+    bool on = std::any_of(overlays.begin(), overlays.end(), same);
+    if (!ImGui::Checkbox(label, &on))
+        return;
+    if (on)
+        mSession.Change().overlays.push_back({overlay, {}});
+    else
+        std::erase_if(mSession.Change().overlays, same);
+}
+
 void Panels::Color(const char* label, VERTEX PreviewOptions::*option)
 {
     VERTEX color = mSession.Options().*option;
@@ -285,6 +299,14 @@ void Panels::DrawLook()
     bool occlusion = options.occlusion != OcclusionQuality::Off;
     if (ImGui::Checkbox("Occlusion", &occlusion))
         mSession.Change().occlusion = occlusion ? OcclusionQuality::Full : OcclusionQuality::Off;
+    if (HaveOverlays())
+    {
+        Switch("Axes", OverlayKind::Axes);
+        ImGui::SameLine(Em(9));
+        Switch("Facts", OverlayKind::Stats);
+        ImGui::SameLine(Em(15));
+        Switch("Frame", OverlayKind::Frame);
+    }
 }
 
 void Panels::DrawSurface()

@@ -35,6 +35,7 @@ private:
     void DrawHelp(float width, float height);
 
     void Switch(const char* label, bool PreviewOptions::*option);
+    void Switch(const char* label, OverlayKind overlay);
     void Color(const char* label, VERTEX PreviewOptions::*option);
     void Label(const char* text) const;
     float Em(float units) const; ///< units of the font's height

@@ -291,6 +291,14 @@ std::vector<Command> MakeCommands()
         OnOff("ao", "darker corners and contacts",
               [=](Host h, bool on)
               { session(h).Change().occlusion = on ? OcclusionQuality::Full : OcclusionQuality::Off; }),
+        OnOff("axes", "the world's axes in a corner, in a build with Skia",
+              [=](Host h, bool on)
+              {
+                  std::vector<OverlaySpec>& overlays = session(h).Change().overlays;
+                  std::erase_if(overlays, [](const OverlaySpec& spec) { return spec.kind == OverlayKind::Axes; });
+                  if (on && HaveOverlays())
+                      overlays.push_back({OverlayKind::Axes, {}});
+              }),
         OnOff("edge-lines", "hard edges and borders as lines",
               [=](Host h, bool on) { session(h).Change().edgeLines = on; }),
         OnOff("shadows", "the shadow on the ground", [=](Host h, bool on) { session(h).Change().shadows = on; }),

@@ -473,6 +473,7 @@ bool Session::Draw(float pixelScale)
     Derive();
     mSelection.UpdateSurfaces();
     SyncCameras();
+    mPreview->Engine().SetFrameMilliseconds(float(mCounts.milliseconds));
     const bool drawn = mPreview->DrawFrame(Shown(), ViewNow(), pixelScale);
     mCounts.drawCalls = mPreview->Engine().NumDrawCalls();
     if (!drawn)

@@ -1,6 +1,7 @@
 // VelmarBase: reference host.
 #pragma once
 
+#include "VelmarHostExport.h"
 #include "draw/VXSkiaObject2D.h"
 #include "host/overlay/OverlayPainter.h"
 
@@ -8,7 +9,7 @@ namespace vx
 {
 /// A 2D object that knows how large it is and paints itself: what OverlayPainter puts at its pins. Painting is clipped
 /// to the item's rectangle.
-class Overlay : public VXSkiaObject2D
+class VELMAR_HOST_EXPORT Overlay : public VXSkiaObject2D
 {
 public:
     void SetFrame(const OverlayFrame& frame) { mFrame = frame; } ///< before each Draw

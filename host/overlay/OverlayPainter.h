@@ -1,6 +1,7 @@
 // VelmarBase: reference host.
 #pragma once
 
+#include "VelmarHostExport.h"
 #include "base/CPB_Offscreen.h"
 #include "base/MAT.h"
 
@@ -27,7 +28,7 @@ struct OverlayFrame
 
 /// Where an item of this size stands in the picture: by its pins, moved by its offsets, which count to the right and
 /// down. In pixels of the picture, y down.
-CPB_Rect PlaceByPins(const VXObject2D& item, int width, int height, const OverlayFrame& frame);
+VELMAR_HOST_EXPORT CPB_Rect PlaceByPins(const VXObject2D& item, int width, int height, const OverlayFrame& frame);
 
 /// Draws 2D objects with Skia into the framebuffer that is current, whichever it is: lends each item the one Skia
 /// context and surface that it keeps, and leaves the state of OpenGL as it found it. Belongs to the OpenGL context in
