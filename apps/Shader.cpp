@@ -93,7 +93,8 @@ int RunShader(const ShaderArguments& arguments)
         if (!arguments.material.empty() && material.name.Std() != arguments.material)
             continue;
         found = true;
-        const ShaderDecision decision = DecideShader(*material.layers[0].tree, material.name); // the base layer's holds
+        const ShaderDecision decision =
+            DecideShader(*material.layers[0].tree, material.name, material.layers.size()); // the base layer's holds
         for (const NamedMaterial::Layer& layer : material.layers)
         {
             const GlslSource source = GenerateGlsl(*layer.tree);

@@ -81,6 +81,8 @@ public:
     bool InFrame() const { return mFrameBegun; }
     /// Takes what is left of a program that goes away, whatever context is current: it is deleted with the next frame.
     void Retire(vx::GlslProgram* going, std::unique_ptr<vx::Program> linked);
+    /// Texture for samplers whose picture cannot be had: grey, or where bytes are numbers a flat normal.
+    std::uint32_t StandInTexture(bool linear);
     /// Notes, in one line, what is not as it should be but keeps no picture from being drawn.
     void Warn(const BString& line);
     std::vector<BString> TakeWarnings() { return std::exchange(mWarnings, {}); } ///< those since the last call
@@ -260,6 +262,7 @@ private:
     vx::Program* SurfaceProgram(std::uint32_t variant);
     void DrawSurface(const VXElementBatch& batch);
     vx::Program* UseFixed(const VXElementBatch& batch, std::uint32_t variant);
+    bool IsBlended(const VXElementBatch& batch) const;
     void DrawFilled(const VXElementBatch& batch, const Range& range);
     void SetMaterialUniforms(vx::Program& program, const VXElementBatch& batch, std::uint32_t variant);
     /// Which arrays a program of surfaces reads, beside positions.
@@ -359,6 +362,7 @@ private:
     std::vector<std::unique_ptr<vx::Program>> mRetired;                   ///< to be deleted when the context is current
     std::int32_t mNumUnits = 0;
     std::uint32_t mNoiseName = 0;
+    std::uint32_t mStandIns[2] = {}; ///< one texel each: grey, and a flat normal; 0 until one is needed
     std::uint32_t mSegmentIndices = 0;
     std::int32_t mNumSegments = 0;
     std::uint32_t mShadowFrame = 0, mShadowDepth = 0, mShadowMaps[2] = {};

@@ -7,6 +7,7 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -37,6 +38,8 @@ void VXGLDrawEngine::ReleaseShaders()
     mShaderProgram = nullptr;
     glDeleteTextures(1, &mNoiseName);
     mNoiseName = 0;
+    glDeleteTextures(2, mStandIns);
+    std::fill_n(mStandIns, 2, 0u);
 }
 
 void VXGLDrawEngine::Retire(vx::GlslProgram* going, std::unique_ptr<vx::Program> linked)
@@ -66,7 +69,7 @@ vx::Program* VXGLDrawEngine::UseGenerated(const VXElementBatch& batch)
     const bool normals = mNormalData && mBuffers->NeedNormals();
     glUniform1i(program.Uniform("uFlat"), normals ? 0 : 1);
     glUniform1i(program.Uniform("uTones"), 0); // toon styles are drawn by the fixed surfaces
-    glUniform1i(program.Uniform("uAlphaPass"), batch.transparent ? 1 : 0);
+    glUniform1i(program.Uniform("uAlphaPass"), IsBlended(batch) ? 1 : 0);
     BindArrays({.normals = normals,
                 .uvs = mShaderProgram->UsesUVs() && mBuffers->NeedUVs(),
                 .tangents = mShaderProgram->UsesTangents() && mBuffers->NeedTangents()});
@@ -93,6 +96,22 @@ int VXGLDrawEngine::LoadTextureForShader(const BString& path, int& id)
     if (id == 0 && !known)
         Warn(file.FullPath() + ": the texture is not shown: it " + why);
     return id;
+}
+
+std::uint32_t VXGLDrawEngine::StandInTexture(bool linear)
+{
+    std::uint32_t& name = mStandIns[linear];
+    if (name == 0)
+    {
+        // The grey that fixed surfaces take, and 128 for zero as in pictures of normals.
+        const float texels[2][4] = {{0.5f, 0.5f, 0.5f, 1}, {128 / 255.0f, 128 / 255.0f, 1, 1}};
+        glGenTextures(1, &name);
+        glBindTexture(GL_TEXTURE_2D, name);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA16, 1, 1, 0, GL_RGBA, GL_FLOAT, texels[linear]);
+        glBindTexture(GL_TEXTURE_2D, 0);
+    }
+    return name;
 }
 
 void VXGLDrawEngine::FreeTextures()

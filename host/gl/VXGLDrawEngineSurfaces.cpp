@@ -285,11 +285,17 @@ vx::Program* VXGLDrawEngine::UseFixed(const VXElementBatch& batch, std::uint32_t
     return program;
 }
 
+// Layers lie over what is there already, opaque ones with an alpha of 1.
+bool VXGLDrawEngine::IsBlended(const VXElementBatch& batch) const
+{
+    return !mDrawingShadowMap && (batch.transparent || (batch.layer > 0 && !DoingAO()));
+}
+
 // Draws triangles with the program in use, as their style and transparency ask for.
 void VXGLDrawEngine::DrawFilled(const VXElementBatch& batch, const Range& range)
 {
     SetCulling(batch.drawMode, mPlacement.mirrored);
-    const bool blended = batch.transparent && !mDrawingShadowMap;
+    const bool blended = IsBlended(batch);
     SetBlend(blended);
     if (!mDrawingShadowMap)
         SetDepthState(true, !blended);

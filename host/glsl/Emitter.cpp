@@ -10,9 +10,6 @@ namespace vx::glsl
 {
 namespace
 {
-// Far more than a material needs. Drivers take seconds for some hundreds of nodes, with the square of their number.
-constexpr std::size_t kMostNodes = 256;
-
 // One unit of 16, which all drivers have, belongs to the background.
 constexpr std::size_t kMostTextures = 15;
 
@@ -293,8 +290,8 @@ bool Emitter::WriteOne(const TreeNode& node)
     const NodeEmitter* const emitter = FindEmitter(node.Type().name);
     if (!emitter)
         problem = BString("nodes of type ") + node.Type().name + " have no shader text";
-    else if (mResults.size() == kMostNodes)
-        problem = BString::Format("more than %d nodes", int(kMostNodes));
+    else if (mResults.size() == std::size_t(kMostNodes))
+        problem = BString::Format("more than %d nodes", kMostNodes);
     if (!problem.IsEmpty())
         return false;
     Term term = emitter->emit(*this, node);

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 
 namespace vx
 {
@@ -72,7 +73,7 @@ std::string FragmentText(const Emitter& emitter)
 }
 } // namespace
 
-GlslSource GenerateGlsl(const ShaderTree& tree, const GlslOptions& options)
+static GlslSource Generated(const ShaderTree& tree, const GlslOptions& options)
 {
     GlslSource source;
     const TreeNode* const root = tree.Root();
@@ -98,6 +99,20 @@ GlslSource GenerateGlsl(const ShaderTree& tree, const GlslOptions& options)
         source.uniforms.push_back({"uAlphaPass", "int"});
     source.usesTangents = emitter.Uses(Piece::Tangent);
     source.usesUVs = emitter.Uses(Piece::UV);
+    return source;
+}
+
+GlslSource GenerateGlsl(const ShaderTree& tree, const GlslOptions& options)
+{
+    GlslSource source;
+    try
+    {
+        source = Generated(tree, options);
+    }
+    catch (const std::bad_alloc&)
+    {
+        source.problem = "out of memory";
+    }
     return source;
 }
 

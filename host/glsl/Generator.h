@@ -29,7 +29,8 @@ struct NoiseVolume
 /// Uniforms that whoever draws sets, apart from the samplers' units (Texture::unit) and the block "Frame":
 ///     mat4 uModelView, mat3 uNormalMatrix, mat4 uToClip   as the fixed surfaces have them
 ///     int  uFlat       1: polygons are flat, whatever the normals of their vertices
-///     int  uTones      number of tones of a toon style; 0: lit
+///     int  uTones      number of tones, for hosts that draw toon styles by these programs; 0: lit. The library asks
+///                      for no programs in toon styles, and VXGLDrawEngine leaves those to the fixed surfaces
 ///     vec3 uBack       linear; colour of back faces, in place of the diffuse colour or, where this is a pattern, of
 ///                      the factor of the pattern
 ///     int  uAlphaPass  1: alpha is written, for blending; 0: opaque, pictures cut out where they are clear. Only where
@@ -64,7 +65,9 @@ struct VELMAR_HOST_EXPORT GlslSource
     bool usesUVs = false;
     BString problem; ///< why there is no text; empty when there is
 
-    /// Key of the program: equal exactly for equal texts and textures, on every machine and in every run.
+    /// Key of the program: equal exactly for equal texts and textures, on every machine and in every run. Textures
+    /// count by their file names as they are to be opened: those relative to the folder that the process is in differ
+    /// from one such folder to another.
     BString Hash() const;
 };
 

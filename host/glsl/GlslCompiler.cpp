@@ -37,6 +37,9 @@ void ComputeTreeHashes(VXMaterial& material, const GlslOptions& options)
         {
             const GlslSource source = GenerateGlsl(*tree, options);
             key = source.problem.IsEmpty() ? source.Hash() : "without text: " + source.problem;
+            // Alone the same tree may do without the program that it needs as one of several.
+            if (material.NumLayers() > 1)
+                key += ", layered";
         }
         material.Layer(layer)->SetTreeHash(key.CString());
     }
@@ -118,8 +121,10 @@ Program* GlslProgram::Linked()
     if (!mLinked[cue])
     {
         const BString problem = Link(cue);
-        if (!problem.IsEmpty())
-            mEngine.Warn(FirstLine(problem));
+        const VXShaderEngine* const shaders = mEngine.ShaderEngine();
+        auto* const compiler = shaders ? dynamic_cast<GlslCompiler*>(shaders->ShaderCompiler()) : nullptr;
+        if (!problem.IsEmpty() && compiler)
+            compiler->Fail(problem);
     }
     return mLinked[cue]->IsBuilt() ? mLinked[cue].get() : nullptr;
 }
@@ -131,6 +136,12 @@ void GlslProgram::MakeCurrent()
         return;
     shaders->LoadShaderTextures(nullptr, this);
     shaders->EnableShaderTextures(this);
+    for (std::int64_t i = 0; i < Textures().Count(); ++i)
+        if (const VXShaderBindingTexture& texture = *Textures()[i];
+            texture.Type() == "sampler2D" && std::int32_t(texture.TexID()) <= 0)
+            mEngine.EnableMultitexture2D(
+                int(mEngine.StandInTexture(texture.FileName().EndsWith(GlslSource::kLinearMark))),
+                mUnits[std::size_t(i)]);
     mEngine.SetShaderProgram(this);
 }
 
@@ -154,7 +165,7 @@ bool GlslCompiler::NeedsShader(VXMaterial* material, bool deep) const
     if (VXShaderCompiler::NeedsShader(material, deep))
         return true;
     const ShaderTree* const tree = TreeOf(*material, 0);
-    return tree && !LostWithoutShader(*tree).IsEmpty();
+    return tree && (material->NumLayers() > 1 || !LostWithoutShader(*tree).IsEmpty());
 }
 
 // A text with the number of each line before it, as compilers name lines.
@@ -179,7 +190,15 @@ static void LogSource(const BString& name, const GlslSource& source)
         VXShaderDebug("%s shader of material %s:\n%s", stage, name.CString(), Numbered(*text).CString());
 }
 
+void GlslCompiler::Fail(const BString& problem)
+{
+    VXShaderDebug("%s\n", problem.CString());
+    SetErrors(problem);
+    mGLEngine.Warn(FirstLine(problem) + "; it is drawn without its shader");
+}
+
 VXShaderProgram* GlslCompiler::BuildProgram(VXMaterial* material, std::int64_t layer)
+try
 {
     const ShaderTree* const tree = TreeOf(*material, layer);
     if (!tree)
@@ -194,9 +213,11 @@ VXShaderProgram* GlslCompiler::BuildProgram(VXMaterial* material, std::int64_t l
         LogSource(material->ExternalName(), source);
     if (problem.IsEmpty())
         return program.release();
-    VXShaderDebug("%s\n", problem.CString());
-    SetErrors(problem);
-    mGLEngine.Warn(FirstLine(problem) + "; it is drawn without its shader");
+    Fail(problem);
     return nullptr;
+}
+catch (const std::bad_alloc&)
+{
+    return nullptr; // the library says that there is none
 }
 } // namespace vx

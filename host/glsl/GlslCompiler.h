@@ -65,9 +65,11 @@ public:
     void Init() override {}
     void BeginShading() override {}
     void EndShading() override;
-    /// As the library decides, and also for what fixed drawing would lose: LostWithoutShader.
+    /// As the library decides, and also for what fixed drawing would lose: LostWithoutShader, and layers above the
+    /// base. All layers of a material get a program, or none.
     bool NeedsShader(VXMaterial* material, bool deep) const override;
     int NumBuilt() const { return mNumBuilt; } ///< programs, failed ones too, since the compiler was made
+    void Fail(const BString& problem);         ///< tells of a program that cannot be had: log, errors, and a warning
 
 protected:
     VXShaderProgram* BuildProgram(VXMaterial* material, std::int64_t layer) override;

@@ -31,7 +31,8 @@ float Tiles(vec2 at, float gap, float softness, float shift)
 const char* const kFresnel = R"(
 float Fresnel(vec3 n, float faceOn)
 {
-    return faceOn + (1.0 - faceOn) * pow(1.0 - abs(dot(n, ToViewer())), 5.0);
+    float turned = clamp(1.0 - abs(dot(n, ToViewer())), 0.0, 1.0); // rounding can take it below 0
+    return faceOn + (1.0 - faceOn) * pow(turned, 5.0);
 }
 )";
 

@@ -217,8 +217,9 @@ vec3 Toned(vec3 n, vec3 kd, int numTones)
 const char* const kAlpha = R"(
 float Alpha(vec3 n, float texel, float middle, float rim, float falloff, float least)
 {
-    float turned = 1.0 - abs(dot(n, ToViewer()));
-    float clearness = mix(middle, rim, pow(turned, max(falloff, 0.0)));
+    float turned = clamp(1.0 - abs(dot(n, ToViewer())), 0.0, 1.0); // rounding can take it below 0
+    float share = falloff > 0.0 ? pow(turned, falloff) : 1.0;      // pow(0, 0) is undefined
+    float clearness = mix(middle, rim, share);
     return max((1.0 - clearness) * texel, least);
 }
 )";

@@ -5,10 +5,12 @@
 
 namespace vx
 {
-/// sRGB to linear, of one component; above 1 the curve goes on.
+/// sRGB to linear, of one component; above 1 the curve goes on. Computed with doubles, so that the float that comes
+/// out, and with it the text of a shader, is the same whatever the machine's powers of floats are.
 inline float LinearOf(float encoded)
 {
-    return encoded <= 0.04045f ? encoded / 12.92f : std::pow((encoded + 0.055f) / 1.055f, 2.4f);
+    const double e = double(encoded);
+    return float(e <= 0.04045 ? e / 12.92 : std::pow((e + 0.055) / 1.055, 2.4));
 }
 
 /// And back.

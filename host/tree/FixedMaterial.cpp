@@ -20,6 +20,29 @@ constexpr int kDeepest = 4;
 constexpr float kGrey = 0.5f; // of patterns, and of pictures that are not shown: their mean is not known
 
 VERTEX Linear(const TreeInput& input, int depth = 0);
+float Number(const TreeInput& input, int depth = 0);
+
+// One component of color_math, as its operation says.
+float Calculated(std::string_view operation, float a, float b)
+{
+    if (operation == "add")
+        return a + b;
+    if (operation == "subtract")
+        return a - b;
+    if (operation == "divide")
+        return b != 0 ? a / b : 0;
+    if (operation == "minimum")
+        return std::min(a, b);
+    if (operation == "maximum")
+        return std::max(a, b);
+    if (operation == "screen")
+        return 1 - (1 - a) * (1 - b);
+    if (operation == "difference")
+        return std::abs(a - b);
+    return a * b;
+}
+
+const BString& FileOf(const TreeNode& picture) { return picture.Find("File")->File(); }
 
 VERTEX Linear(const TreeNode& node, int depth)
 {
@@ -29,17 +52,21 @@ VERTEX Linear(const TreeNode& node, int depth)
         return {kGrey, kGrey, kGrey};
     if (type == "simple_color")
         return of("Color");
+    if (type == "image_map" && FileOf(node).IsEmpty())
+        return {1, 1, 1};
     if (type == "tiles")
         return of("Tile_Color");
     if (type == "blender")
     {
-        const float share = of("Blending").x;
+        const float share = std::clamp(Number(*node.Find("Blending"), depth + 1), 0.0f, 1.0f);
         return of("Input_1") * (1 - share) + of("Input_2") * share;
     }
     if (type == "color_math")
     {
         const VERTEX a = of("Color_1"), b = of("Color_2");
-        return {a.x * b.x, a.y * b.y, a.z * b.z};
+        const TreeInput& operation = *node.Find("Operation");
+        const std::string_view word = ChoiceWord(operation.Type(), operation.Choice());
+        return {Calculated(word, a.x, b.x), Calculated(word, a.y, b.y), Calculated(word, a.z, b.z)};
     }
     if (type == "ramp")
     {
@@ -63,6 +90,13 @@ VERTEX Linear(const TreeInput& input, int depth)
     return {LinearOf(v[0]), LinearOf(v[1]), LinearOf(v[2])};
 }
 
+// What it counts as where a number is wanted: of colours their luminance, by Rec. 709.
+float Number(const TreeInput& input, int depth)
+{
+    const VERTEX c = Linear(input, depth);
+    return c.x == c.y && c.y == c.z ? c.x : 0.2126f * c.x + 0.7152f * c.y + 0.0722f * c.z;
+}
+
 class Surface
 {
 public:
@@ -70,14 +104,18 @@ public:
 
     const TreeInput& At(const char* name) const { return *mRoot.Find(name); }
     bool Connected(const char* name) const { return At(name).Node() != nullptr; }
-    float Number(const char* name) const { return Linear(At(name)).x; }
+    float Number(const char* name) const { return vx::Number(At(name)); }
     VERTEX Scaled(const char* color, const char* value) const { return Linear(At(color)) * Number(value); }
 
 private:
     const TreeNode& mRoot;
 };
 
-void SetLinear(VXMaterialColor4& to, const VERTEX& c) { to.Set(EncodedOf(c.x), EncodedOf(c.y), EncodedOf(c.z), 1); }
+// Differences can be below black.
+void SetLinear(VXMaterialColor4& to, const VERTEX& c)
+{
+    to.Set(EncodedOf(std::max(c.x, 0.0f)), EncodedOf(std::max(c.y, 0.0f)), EncodedOf(std::max(c.z, 0.0f)), 1);
+}
 
 // A colour that is not scaled keeps its digits.
 void SetScaled(VXMaterialColor4& to, const Surface& surface, const char* color, const char* value)
@@ -111,17 +149,19 @@ BString ApplyTree(const ShaderTree& tree, VXMaterial& material, TextureTable& te
                                       Linear(surface.At("AlternateSpecular")));
     material.SetBumpStrength(surface.At("Bump_Strength").Values()[0]);
 
-    // The rim alone says whether a surface is drawn among the transparent ones.
+    // The rim alone says whether a surface is drawn among the transparent ones. What a node says may be above 0 in some
+    // places whatever it is here.
     constexpr float kLeastDrawn = 0.0101f;
+    const bool fed = surface.Connected("Transparency_Max") || surface.Connected("Transparency_Min");
     const float faceOn = surface.Number("Transparency_Min"), rim = surface.Number("Transparency_Max");
     material.SetTMin(faceOn);
-    material.SetTMax(std::max(rim, faceOn > 0 ? kLeastDrawn : 0));
+    material.SetTMax(std::max(rim, faceOn > 0 || fed ? kLeastDrawn : 0));
     material.SetTExpo(surface.Number("Transparency_Falloff"));
 
     material.SetTextureIndex(-1);
     material.SetPreviewTexturePath("");
     const TreeNode* const picture = PictureOf(surface.At("Diffuse_Color"));
-    const BString file = picture ? picture->Find("File")->File() : BString();
+    const BString file = picture ? FileOf(*picture) : BString();
     if (file.IsEmpty())
         return {};
     const float value = EncodedOf(surface.Number("Diffuse_Value"));
@@ -167,17 +207,32 @@ BString WhyNotSimple(const TreeInput& input)
 }
 } // namespace
 
+// Whether the input turns normals at all.
+static bool HasRelief(const Surface& surface, const char* name)
+{
+    const TreeInput& input = surface.At(name);
+    if (input.Type().type == ValueType::Vector)
+    {
+        const TreeInput* const file = input.Node() ? input.Node()->Find("File") : nullptr;
+        return input.Node() ? !file || !file->File().IsEmpty() : input.Values()[0] != 0 || input.Values()[1] != 0;
+    }
+    const bool weighed = std::string_view(name) == "Bump";
+    return input.Node() && !(weighed && surface.At("Bump_Strength").Values()[0] == 0);
+}
+
 BString LostWithoutShader(const ShaderTree& tree)
 {
     if (!tree.Root())
         return {};
     const Surface surface(*tree.Root());
     for (const char* const relief : {"Bump", "Gradient_Bump", "Normal_Map"})
-        if (surface.Connected(relief))
+        if (HasRelief(surface, relief))
             return BString("relief from ") + relief;
     for (const char* const name : kDecisive)
         if (const TreeNode* const picture = PictureOf(surface.At(name)))
         {
+            if (FileOf(*picture).IsEmpty())
+                continue; // white
             if (std::string_view(name) != "Diffuse_Color")
                 return BString("the picture in ") + name;
             for (const char* const setting : {"Gamma", "Filtering"})
@@ -195,7 +250,7 @@ BString LostWithoutShader(const ShaderTree& tree)
     return {};
 }
 
-ShaderDecision DecideShader(const ShaderTree& tree, const BString& materialName)
+ShaderDecision DecideShader(const ShaderTree& tree, const BString& materialName, std::size_t numLayers)
 {
     if (materialName == "Camera")
         return {false, "materials named Camera never get a shader"};
@@ -204,6 +259,8 @@ ShaderDecision DecideShader(const ShaderTree& tree, const BString& materialName)
     for (const char* const name : kDecisive)
         if (const BString why = WhyNotSimple(*tree.Root()->Find(name)); !why.IsEmpty())
             return {true, why};
+    if (numLayers > 1)
+        return {true, "without one, the layers above the base would not be shown"};
     if (const BString lost = LostWithoutShader(tree); !lost.IsEmpty())
         return {true, "without one, " + lost + " would be lost"};
     return {false, "all that it consists of are plain values, colours and untransformed pictures"};

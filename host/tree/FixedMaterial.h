@@ -25,7 +25,9 @@ struct ShaderDecision
 
 /// The decision of VXShaderCompiler about a tree, where shaders are wanted and simple materials are left to fixed
 /// drawing; and what this host adds to it.
-VELMAR_HOST_EXPORT ShaderDecision DecideShader(const ShaderTree& tree, const BString& materialName);
+/// @param tree of the base layer, which decides for all  @param numLayers of the material
+VELMAR_HOST_EXPORT ShaderDecision DecideShader(const ShaderTree& tree, const BString& materialName,
+                                               std::size_t numLayers = 1);
 
 /// What fixed drawing cannot show of a tree that VXShaderCompiler takes for simple: relief, pictures elsewhere than in
 /// Diffuse_Color, light of its own. Empty when it shows everything.

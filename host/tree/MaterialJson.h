@@ -36,9 +36,6 @@ struct MaterialsReport
     BArray<BString> warnings; ///< what is odd without keeping a material out
 };
 
-/// Most nodes of one tree. More would be no material that a graphics driver takes.
-inline constexpr int kMostNodes = 256;
-
 /// Reads materials. Any bytes end in materials or in an error with its place; a material with an error is left out and
 /// the others are kept. Memory stays below 256 times the text and 1 MiB.
 /// @param name stands for the text in messages  @param folder that of the pictures that it names
@@ -51,5 +48,6 @@ VELMAR_HOST_EXPORT bool ReadMaterialsFile(const BPath& path, std::vector<NamedMa
 
 /// The text of materials, from which they read back the same. Inputs at their standard are left out.
 /// @param folder where the text is going to lie: pictures are named from there
+/// @return the text; empty when it does not fit into memory
 VELMAR_HOST_EXPORT std::string WriteMaterials(std::span<const NamedMaterial> materials, const BPath& folder);
 } // namespace vx

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -127,6 +128,13 @@ private:
 
 std::string WriteMaterials(std::span<const NamedMaterial> materials, const BPath& folder)
 {
-    return MaterialWriter(folder).Write(materials);
+    try
+    {
+        return MaterialWriter(folder).Write(materials);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return {};
+    }
 }
 } // namespace vx

@@ -14,6 +14,10 @@ namespace vx
 {
 class TreeNode;
 
+/// Most nodes of a tree that is read or becomes a program: far more than a material needs. Drivers take seconds for
+/// some hundreds of nodes, with the square of their number.
+inline constexpr int kMostNodes = 256;
+
 /// One input of a node: a plain value of its type, or the node that computes it.
 class VELMAR_HOST_EXPORT TreeInput : public BShaderInput
 {

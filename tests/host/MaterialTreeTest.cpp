@@ -137,21 +137,32 @@ TEST(DecideShader, KnowsWhatFixedDrawingWouldLose)
         const char* node; ///< null: a plain 1
         const char* lost;
     };
-    for (const Row& row : {Row{"Bump", "noise", "relief from Bump"}, Row{"Normal_Map", "normal_map", "relief"},
-                           Row{"Highlight_Color", "image_map", "picture in Highlight_Color"},
-                           Row{"Ambient_Value", nullptr, "light of Ambient_Color"},
-                           Row{"Translucence_Value", nullptr, "light of Translucence_Color"},
-                           Row{"AlternateSpecular", nullptr, "light of AlternateSpecular"}})
+    for (const Row& row :
+         {Row{"Bump", "noise", "relief from Bump"}, Row{"Normal_Map", "normal_map", "relief"},
+          Row{"Normal_Map", nullptr, "relief"}, Row{"Highlight_Color", "image_map", "picture in Highlight_Color"},
+          Row{"Ambient_Value", nullptr, "light of Ambient_Color"},
+          Row{"Translucence_Value", nullptr, "light of Translucence_Color"},
+          Row{"AlternateSpecular", nullptr, "light of AlternateSpecular"}})
     {
         const auto tree = PlainTree();
         EXPECT_EQ(LostWithoutShader(*tree), "");
-        if (row.node)
-            tree->Root()->Find(row.input)->Connect(tree->AddNode(row.node, "fed"));
+        if (TreeNode* const node = row.node ? tree->AddNode(row.node, "fed") : nullptr)
+        {
+            tree->Root()->Find(row.input)->Connect(node);
+            if (TreeInput* const file = node->Find("File"))
+            {
+                EXPECT_EQ(LostWithoutShader(*tree), "") << "without a picture";
+                file->SetFile("picture.png");
+            }
+        }
         else
             tree->Root()->Find(row.input)->Set(1, 1, 1);
         EXPECT_GE(LostWithoutShader(*tree).Find(row.lost), 0) << LostWithoutShader(*tree).CString();
         EXPECT_TRUE(DecideShader(*tree, "m").needed);
+        tree->Root()->Find("Bump_Strength")->Set(0);
+        EXPECT_EQ(LostWithoutShader(*tree).IsEmpty(), row.input == std::string("Bump"));
     }
+    EXPECT_TRUE(DecideShader(*PlainTree(), "m", 2).needed) << "a layer above the base";
 }
 
 TEST(TreeOf, CarriesWhatTheRecordHas)
