@@ -13,6 +13,10 @@ bool VXPickBuffer::Reset(int left, int top, int width, int height)
     mRuns.Empty();
     mNextName = 1;
     const std::int64_t pixels = std::int64_t(width) * height;
+    const auto beyond = [](int from, int count)
+    { return from < -kFarthest || std::int64_t(from) + count > std::int64_t(kFarthest); };
+    if (beyond(left, width) || beyond(top, height))
+        return false;
     if (width < 1 || height < 1 || !mNames.SetCountForWriting(pixels) || !mDepths.SetCountForWriting(pixels))
         return false;
     std::fill(mNames.begin(), mNames.end(), 0u);
@@ -35,7 +39,7 @@ std::uint32_t VXPickBuffer::AddNames(VXPickKind kind, std::int32_t object, std::
 
 bool VXPickBuffer::Contains(int x, int y) const
 {
-    return x >= mLeft && y >= mTop && x - mLeft < mWidth && y - mTop < mHeight;
+    return x >= mLeft && y >= mTop && x < mLeft + mWidth && y < mTop + mHeight;
 }
 
 VXPickHit VXPickBuffer::HitOf(int x, int y) const
@@ -69,6 +73,8 @@ bool VXPickBuffer::InRectangle(int left, int top, int right, int bottom, BArray<
     top = std::max(top, mTop);
     right = std::min(right, mLeft + mWidth);
     bottom = std::min(bottom, mTop + mHeight);
+    if (left >= right)
+        return true;
     struct Seen
     {
         std::uint32_t name;

@@ -40,10 +40,12 @@ struct VXPickHit
 class VELMAR_EXPORT VXPickBuffer
 {
 public:
+    static constexpr int kFarthest = 1 << 30;
+
     // --- Filling
 
     /// Starts over with a part of the picture in which nothing is seen. False when memory ran out, or a side is
-    /// below 1.
+    /// below 1, or the part reaches farther than kFarthest from the corner.
     bool Reset(int left, int top, int width, int height);
 
     /// Names for what is drawn next: one for an object as a whole, or one for each of its `count` polygons in order.

@@ -118,14 +118,25 @@ VXPickHit VXPicker::At(int x, int y, float radius) const
 
 // --- Edges and vertices
 
-int VXPicker::ReachOf(float radius) { return int(std::ceil(std::clamp(radius, 0.0f, kMostRadius))) + 2; }
+int VXPicker::ReachOf(float radius)
+{
+    return int(std::ceil(radius >= 0 ? std::min(radius, kMostRadius) : 0.0f)) + 2; // 0 for what is no number, too
+}
 
 // The pixels around the place that show polygons, by name.
 bool VXPicker::GatherSeen(int x, int y, float radius, BArray<Seen>& seen) const
 {
-    const int reach = ReachOf(radius);
-    for (int py = y - reach; py <= y + reach; ++py)
-        for (int px = x - reach; px <= x + reach; ++px)
+    const std::int64_t reach = ReachOf(radius);
+    const auto within = [reach](int at, int low, int count, int& from, int& to)
+    {
+        from = int(std::max<std::int64_t>(at - reach, low));
+        to = int(std::min<std::int64_t>(at + reach + 1, low + count));
+    };
+    int left, right, top, bottom;
+    within(x, mBuffer.Left(), mBuffer.Width(), left, right);
+    within(y, mBuffer.Top(), mBuffer.Height(), top, bottom);
+    for (int py = top; py < bottom; ++py)
+        for (int px = left; px < right; ++px)
             if (const std::uint32_t name = mBuffer.NameAt(px, py); name && !seen.Append({name, px, py}))
                 return false;
     std::sort(seen.begin(), seen.end(),

@@ -74,6 +74,7 @@ Preview::Preview()
     mScene->SetPrepareProc(DeriveBeforeFrame, nullptr);
     mScene->SetSceneDelegate(&mContext->delegate);
     mEngine->SetTextures(&mModels.Textures());
+    mEngine->DrawOptions()->mHaberlinesDrawLast = true;
 }
 
 Preview::~Preview()
@@ -166,18 +167,16 @@ bool Preview::PrepareContext()
 // Read once, and again only when another file is asked for.
 bool Preview::ApplyBackgroundPicture(const PreviewOptions& options)
 {
-    if (options.backgroundPicture == mBackgroundFile && options.backgroundFit == mApplied.backgroundFit)
-        return true;
-    PicturePtr picture;
-    if (!options.backgroundPicture.IsEmpty())
+    if (options.backgroundPicture != mBackgroundFile)
     {
+        PicturePtr picture;
         BString why;
-        picture = ReadPicture(options.backgroundPicture, why);
-        if (!picture)
+        if (!options.backgroundPicture.IsEmpty() && !(picture = ReadPicture(options.backgroundPicture, why)))
             return Fail(options.backgroundPicture.FullPath() + ": " + why);
+        mBackground = std::move(picture);
+        mBackgroundFile = options.backgroundPicture;
     }
-    mEngine->SetBackgroundPicture(std::move(picture), options.backgroundFit);
-    mBackgroundFile = options.backgroundPicture;
+    mEngine->SetBackgroundPicture(mBackground, options.backgroundFit);
     return true;
 }
 
@@ -193,7 +192,6 @@ void Preview::ApplyStyle(const PreviewOptions& options)
     VXSceneDrawOptions& draw = *mEngine->DrawOptions();
     draw.mSuppressBackCull = options.backFaces;
     draw.mHaberlinesOn = options.edgeLines;
-    draw.mHaberlinesDrawLast = true;
     const bool data = options.mode == DrawMode::Depth || options.mode == DrawMode::Normals;
     mScene->SetDrawDropShadows(options.shadows && !data);
     mScene->SetDepthCueOn(options.depthCue);

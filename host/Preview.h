@@ -162,9 +162,10 @@ private:
     BString mError, mContextDescription;
     bool mOwnContext = true, mEngineReady = false;
     bool mStyled = false, mGroundStale = true;
-    bool mOwnScheme = false;            ///< by which the levels there are were made
-    PreviewOptions mApplied;            ///< what the scene is styled for
-    BPath mBackgroundFile;              ///< that the engine shows
+    bool mOwnScheme = false; ///< by which the levels there are were made
+    PreviewOptions mApplied; ///< what the scene is styled for
+    BPath mBackgroundFile;   ///< that the engine shows
+    std::shared_ptr<const CPB_Offscreen> mBackground;
     std::vector<VXObject2D*> mOverlays; ///< the scene's
 };
 } // namespace vx

@@ -5,6 +5,8 @@
 #include "engine/VXSwitches.h"
 #include "host/gl/VXGLDrawEngine.h"
 
+#include <algorithm>
+
 namespace vx
 {
 const VXPickBuffer* Preview::PickRegion(const PreviewOptions& options, const View& view, int left, int top, int width,
@@ -33,7 +35,8 @@ bool Preview::Pick(const PreviewOptions& options, const View& view, int x, int y
 {
     result = {};
     const int reach = mScene->PickEdges() || mScene->PickVerts() ? VXPicker::ReachOf(radius) : 0;
-    const VXPickBuffer* const buffer = PickRegion(options, view, x - reach, y - reach, 2 * reach + 1, 2 * reach + 1);
+    const auto before = [reach](int at) { return int(std::max<std::int64_t>(std::int64_t(at) - reach, INT32_MIN)); };
+    const VXPickBuffer* const buffer = PickRegion(options, view, before(x), before(y), 2 * reach + 1, 2 * reach + 1);
     if (!buffer)
         return false;
     const VXPicker picker(*buffer, *mScene, view.toView, view.projection, options.width, options.height);

@@ -12,9 +12,9 @@ namespace vx
 {
 std::int64_t GpuArray::smUploaded = 0;
 
-// 64 bits over the contents decide whether an upload is needed, so they must not collide by accident: eight bytes at a
+// The hash decides whether an upload is needed, so contents must not collide by accident: eight bytes at a
 // time, each step a full multiplication folded to both halves.
-static std::uint64_t Hashed(const void* data, std::size_t bytes, std::uint64_t seed = 0x9E3779B97F4A7C15u)
+std::uint64_t HashOf(const void* data, std::size_t bytes, std::uint64_t seed)
 {
     const auto mix = [](std::uint64_t h, std::uint64_t word)
     {
@@ -38,7 +38,7 @@ static std::uint64_t Hashed(const void* data, std::size_t bytes, std::uint64_t s
 
 void GpuArray::Upload(const void* data, std::size_t bytes)
 {
-    const std::uint64_t hash = Hashed(data, bytes);
+    const std::uint64_t hash = HashOf(data, bytes);
     if (mBuffer && bytes == mBytes && hash == mHash)
         return;
     const bool fresh = mBuffer == 0;
@@ -58,7 +58,7 @@ void GpuArray::Upload(const void* data, std::size_t bytes)
     }
     mBytes = bytes;
     mHash = hash;
-    smUploaded += std::int64_t(bytes);
+    CountUpload(bytes);
 }
 
 void GpuArray::Release()
@@ -114,17 +114,17 @@ std::int32_t GeomBuffers::KindBase(VXElementKind kind) const
 std::uint64_t GeomBuffers::TopologyHash() const
 {
     const GEOM& record = *mGeom->Geom();
-    std::uint64_t hash = Hashed(Corners(), std::size_t(record.NumCorners()) * sizeof(std::int32_t));
+    std::uint64_t hash = HashOf(Corners(), std::size_t(record.NumCorners()) * sizeof(std::int32_t));
     for (const VXElementKind kind : {VXElementKind::Quads, VXElementKind::Triangles, VXElementKind::Polygons,
                                      VXElementKind::Lines, VXElementKind::Points})
     {
         const VXSortedBucket& bucket = mGeom->Sorted(kind);
-        hash = Hashed(bucket.polys, std::size_t(bucket.count) * sizeof(std::int32_t), hash);
+        hash = HashOf(bucket.polys, std::size_t(bucket.count) * sizeof(std::int32_t), hash);
     }
     if (record.tex && record.tex->sets)
     {
-        hash = Hashed(record.tex->sets, std::size_t(record.tex->numCorners) * sizeof(std::int32_t), hash);
-        hash = Hashed(mGeom->UvsPerVertex(), MEM_TotalSize(mGeom->UvsPerVertex()), hash);
+        hash = HashOf(record.tex->sets, std::size_t(record.tex->numCorners) * sizeof(std::int32_t), hash);
+        hash = HashOf(mGeom->UvsPerVertex(), MEM_TotalSize(mGeom->UvsPerVertex()), hash);
     }
     return hash;
 }

@@ -13,6 +13,10 @@ class VXGeom;
 
 namespace vx
 {
+/// 64 bits over contents, by which what is on the graphics card is known again.
+/// @param seed what stands for all before these bytes
+std::uint64_t HashOf(const void* data, std::size_t bytes, std::uint64_t seed = 0x9E3779B97F4A7C15u);
+
 /// A buffer object, and the buffer texture over it where shaders read it by index. Remembers what it holds, so that
 /// handing it the same bytes again uploads nothing.
 class VELMAR_HOST_EXPORT GpuArray
@@ -37,7 +41,8 @@ public:
     std::uint32_t Texture() const { return mTexture; }
     std::size_t Bytes() const { return mBytes; }
 
-    static std::int64_t UploadedBytes() { return smUploaded; } ///< since the process began, all arrays together
+    static std::int64_t UploadedBytes() { return smUploaded; } ///< since the process began, arrays and pictures
+    static void CountUpload(std::size_t bytes) { smUploaded += std::int64_t(bytes); }
 
 private:
     std::uint32_t mBuffer = 0, mTexture = 0;

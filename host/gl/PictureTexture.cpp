@@ -1,18 +1,34 @@
 #include "host/gl/PictureTexture.h"
 
 #include "base/BArray.h"
+#include "host/gl/GeomBuffers.h"
 
 #include <GL/glew.h>
 
 namespace vx
 {
+static std::uint64_t HashOfPicture(const CPB_Offscreen& picture)
+{
+    const int form[3] = {picture.Width(), picture.Height(), picture.HasAlpha() ? 1 : 0};
+    std::uint64_t hash = HashOf(form, sizeof form);
+    for (int y = 0; y < picture.Height(); ++y)
+        hash = HashOf(picture.Row(y), 4 * std::size_t(picture.Width()), hash);
+    return hash;
+}
+
 BString PictureTexture::Upload(const CPB_Offscreen& picture)
 {
-    Release();
     const int width = picture.Width(), height = picture.Height();
+    const bool fits = picture.BitsPerPixel() == 32;
+    const std::uint64_t hash = fits ? HashOfPicture(picture) : 0;
+    if (mTexture && fits && hash == mHash)
+        return {};
+    Release();
+    if (!fits)
+        return BString::Format("a picture of %d bits a pixel cannot be shown, expected 32", picture.BitsPerPixel());
     GLint largest = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
-    if (picture.BitsPerPixel() != 32 || width > largest || height > largest)
+    if (width > largest || height > largest)
         return BString::Format("a picture of %d x %d pixels is too large for this OpenGL: at most %d a side", width,
                                height, int(largest));
     BArray<std::uint8_t> pixels;
@@ -42,6 +58,8 @@ BString PictureTexture::Upload(const CPB_Offscreen& picture)
     glBindTexture(GL_TEXTURE_2D, 0);
     mWidth = width;
     mHeight = height;
+    mHash = hash;
+    GpuArray::CountUpload(std::size_t(pixels.Count()));
     return {};
 }
 

@@ -10,7 +10,8 @@
 namespace vx
 {
 /// A picture as a texture for backgrounds and overlays: colours multiplied by alpha, reduced copies for small pictures,
-/// nothing beyond its edges. Its top row stands at v = 1. Belongs to the context that was current at Upload.
+/// nothing beyond its edges. Its top row stands at v = 1. Belongs to the context that was current at Upload. Handing it
+/// the same picture again uploads nothing.
 class VELMAR_HOST_EXPORT PictureTexture
 {
 public:
@@ -30,5 +31,6 @@ public:
 private:
     std::uint32_t mTexture = 0;
     int mWidth = 0, mHeight = 0;
+    std::uint64_t mHash = 0;
 };
 } // namespace vx

@@ -6,8 +6,8 @@
 #include "host/gl/FrameBlock.h"
 #include "host/gl/LoadGL.h"
 #include "host/gl/ShaderText.h"
-#include "host/overlay/OverlayPainter.h"
 #include "host/glsl/GlslCompiler.h"
+#include "host/overlay/OverlayPainter.h"
 #include "mesh/VXGeom.h"
 #include "shader/VXShaderEngine.h"
 
@@ -70,6 +70,7 @@ void VXGLDrawEngine::ReleaseGL()
     mNumSegments = 0;
     mBackTexture.Release();
     mOverlayTexture.Release();
+    mItemTextures.clear();
     mWatermarkTexture.Release();
     mWatermarkText.Empty();
     ReleaseOcclusion();

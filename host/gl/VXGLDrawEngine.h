@@ -327,7 +327,7 @@ private:
 
     // VXGLDrawEngineItems.cpp
     vx::OverlayFrame ItemFrame(const VXScene& scene) const;
-    void DrawBitmapItem(const VXObject2D& item, const vx::OverlayFrame& frame);
+    void DrawBitmapItem(const VXObject2D& item, vx::PictureTexture& texture, const vx::OverlayFrame& frame);
 
     // VXGLDrawEngineShadow.cpp
     bool MakeShadowMap();
@@ -367,7 +367,8 @@ private:
     std::int32_t mNumSegments = 0;
     std::uint32_t mShadowFrame = 0, mShadowDepth = 0, mShadowMaps[2] = {};
     vx::PictureTexture mBackTexture, mOverlayTexture, mWatermarkTexture;
-    BString mWatermarkText; ///< that the texture shows, of this size
+    std::map<int, vx::PictureTexture> mItemTextures; ///< of bitmaps of 2D objects, by index
+    BString mWatermarkText;                          ///< that the texture shows, of this size
     int mWatermarkPixels = 0, mWatermarkWidest = 0;
     std::uint32_t mOcclusionFrame = 0, mOcclusionDepth = 0, mOcclusionMaps[2] = {};
     int mOcclusionWidth = 0, mOcclusionHeight = 0;

@@ -16,8 +16,8 @@ vx::OverlayFrame VXGLDrawEngine::ItemFrame(const VXScene& scene) const
     frame.scale = mPixelScale;
     float whole[2];
     WholeSize(whole);
-    frame.left = mTile[2] * whole[0];
-    frame.top = (1 - mTile[3] - mTile[1]) * whole[1];
+    frame.left = std::round(mTile[2] * whole[0]);
+    frame.top = std::round((1 - mTile[3] - mTile[1]) * whole[1]);
     frame.width = int(std::lround(whole[0] / mPixelScale));
     frame.height = int(std::lround(whole[1] / mPixelScale));
     frame.drawCalls = mNumDrawCalls;
@@ -27,6 +27,7 @@ vx::OverlayFrame VXGLDrawEngine::ItemFrame(const VXScene& scene) const
 
 void VXGLDrawEngine::DrawBitMaps(VXScene* scene)
 {
+    mItemTextures.erase(mItemTextures.lower_bound(int(scene->NumObject2Ds())), mItemTextures.end());
     if (!mReady || scene->NumObject2Ds() == 0)
         return;
     const vx::OverlayFrame frame = ItemFrame(*scene);
@@ -38,17 +39,16 @@ void VXGLDrawEngine::DrawBitMaps(VXScene* scene)
         item->PrepareForDrawing(frame.width, frame.height);
         item->Draw();
         if (item->Offscreen())
-            DrawBitmapItem(*item, frame);
+            DrawBitmapItem(*item, mItemTextures[int(i)], frame);
         item->EndDrawing(frame.width, frame.height);
     }
 }
 
-// The bitmap of a 2D object at its pins, a pixel of it for each of the picture. Uploaded in every frame: the host may
+// The bitmap of a 2D object at its pins, a pixel of it for each of the picture. Looked at in every frame: the host may
 // paint into it without telling.
-void VXGLDrawEngine::DrawBitmapItem(const VXObject2D& item, const vx::OverlayFrame& frame)
+void VXGLDrawEngine::DrawBitmapItem(const VXObject2D& item, vx::PictureTexture& texture, const vx::OverlayFrame& frame)
 {
     const CPB_Offscreen& picture = *item.Offscreen();
-    vx::PictureTexture texture;
     if (const BString problem = texture.Upload(picture); !problem.IsEmpty())
         return Fail(problem);
     const CPB_Rect place = vx::PlaceByPins(item, picture.Width(), picture.Height(), frame);

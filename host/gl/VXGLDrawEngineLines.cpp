@@ -164,7 +164,7 @@ void VXGLDrawEngine::DrawLineElements(const VXElementBatch& batch)
 void VXGLDrawEngine::DrawHaberlineSets(VXMaterial* material, int count, const std::uint32_t* /*indices*/,
                                        const std::uint32_t* edgeFlags, int corners)
 {
-    if (!mBuffers || IsGround(CurrentObject()) || !mBuffers->NeedPositions())
+    if (!mBuffers || ShowsData(Scene()->SceneMaterial()) || IsGround(CurrentObject()) || !mBuffers->NeedPositions())
         return;
     VXGeom& geom = *mBuffers->Geom();
     vx::EdgeLines& lines = mGeometry->edgeLines;

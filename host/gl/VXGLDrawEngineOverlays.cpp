@@ -28,11 +28,11 @@ void VXGLDrawEngine::SetBackgroundPicture(std::shared_ptr<const CPB_Offscreen> p
     mBackFit = fit;
 }
 
-// Device pixels of the whole picture.
+// Device pixels of the whole picture. Whole numbers: shares of a tile are rounded, and every tile has to find the same.
 void VXGLDrawEngine::WholeSize(float size[2]) const
 {
-    size[0] = float(mTargetViewport[2]) / mTile[0];
-    size[1] = float(mTargetViewport[3]) / mTile[1];
+    size[0] = std::round(float(mTargetViewport[2]) / mTile[0]);
+    size[1] = std::round(float(mTargetViewport[3]) / mTile[1]);
 }
 
 // Uploads the picture where that is still to be done, and finds its place: cropped it covers all, fitted all of it is

@@ -35,8 +35,10 @@ bool VXGLDrawEngine::BeginPicking(const VXScene& scene)
     const int height = region.pictureHeight > 0 ? region.pictureHeight : mTargetViewport[3];
     const int left = whole ? 0 : std::clamp(region.left, 0, width);
     const int top = whole ? 0 : std::clamp(region.top, 0, height);
-    const int right = whole ? width : std::clamp(region.left + region.width, left, width);
-    const int bottom = whole ? height : std::clamp(region.top + region.height, top, height);
+    const auto end = [](int from, int count, int low, int high)
+    { return int(std::clamp<std::int64_t>(std::int64_t(from) + count, low, high)); };
+    const int right = whole ? width : end(region.left, region.width, left, width);
+    const int bottom = whole ? height : end(region.top, region.height, top, height);
     const bool outside = right == left || bottom == top;
     if (!mPicked.Reset(left, top, std::max(right - left, 1), std::max(bottom - top, 1)))
         Fail("out of memory");

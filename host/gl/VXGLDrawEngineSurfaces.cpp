@@ -52,7 +52,7 @@ void BindBufferTexture(GLenum unit, const vx::GpuArray& array)
 
 bool VXGLDrawEngine::DrawsLinesOver(const VXMaterial* mode) const
 {
-    return mode->GetFlagDrawWires() || mode->GetFlagOutline() || mOptions.mHaberlinesOn;
+    return mode->GetFlagDrawWires() || mode->GetFlagOutline() || (mOptions.mHaberlinesOn && !ShowsData(mode));
 }
 
 bool VXGLDrawEngine::IsGround(const VXObject* object) const

@@ -294,6 +294,12 @@ TEST_F(Overlays, TakeBitmapsOfOtherItemsToo)
     const CPB_Rect changed = Changed(*bare, *marked);
     EXPECT_TRUE(changed.x1 == 285 && changed.y1 == 180 && changed.x2 == 315 && changed.y2 == 200);
     EXPECT_EQ(marked->Row(190)[4 * 300], 255);
+    const std::int64_t uploaded = GpuArray::UploadedBytes();
+    Drawn({});
+    EXPECT_EQ(GpuArray::UploadedBytes(), uploaded) << "a bitmap that stays";
+    item->Offscreen()->Pixels()[0] = 7;
+    Drawn({});
+    EXPECT_GT(GpuArray::UploadedBytes(), uploaded) << "painted into";
 }
 
 // --- The library's own protocol, in framebuffer 0

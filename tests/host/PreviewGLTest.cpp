@@ -193,8 +193,11 @@ TEST_F(PreviewGL, AStillSceneUploadsNothingAndAPoseOnlyPositionsAndNormals)
         EXPECT_LE(GpuArray::UploadedBytes() - before, most);
     };
     uploads("the same again", 0, 0);
-    options.view.azimuth = 80;
-    uploads("another view", 0, 0);
+    for (const float azimuth : {80.0f, 170.0f, 260.0f}) // as a turntable goes
+    {
+        options.view.azimuth = azimuth;
+        uploads("another view", 0, 0);
+    }
     options.mode = DrawMode::Smooth;
     uploads("another style", 0, 0);
 
