@@ -42,29 +42,13 @@ std::optional<int> WholeNumber(std::string_view text, int most)
     return value;
 }
 
-struct Size
-{
-    int width, height;
-};
-
-std::optional<Size> ReadSize(std::string_view text)
-{
-    const std::size_t cross = text.find('x');
-    if (cross == std::string_view::npos)
-        return std::nullopt;
-    const auto width = WholeNumber(text.substr(0, cross), kLargestSide);
-    const auto height = WholeNumber(text.substr(cross + 1), kLargestSide);
-    if (!width || !height)
-        return std::nullopt;
-    return Size{*width, *height};
-}
-
 std::string CheckSize(const std::string& text)
 {
-    return ReadSize(text) ? ""
-                          : BString::Format("'%s' is no picture size, expected WIDTHxHEIGHT from 1x1 to %dx%d",
-                                            text.c_str(), kLargestSide, kLargestSide)
-                                .Std();
+    return ReadPictureSize(text, kLargestSide)
+               ? ""
+               : BString::Format("'%s' is no picture size, expected WIDTHxHEIGHT from 1x1 to %dx%d", text.c_str(),
+                                 kLargestSide, kLargestSide)
+                     .Std();
 }
 
 std::string ModeNames(const char* between)
@@ -246,6 +230,16 @@ BPath BundledSample()
     return "teacup.obj";
 }
 
+std::optional<PictureSize> ReadPictureSize(std::string_view text, int most)
+{
+    const std::size_t cross = text.find('x');
+    if (cross == std::string_view::npos)
+        return std::nullopt;
+    const auto width = WholeNumber(text.substr(0, cross), most);
+    const auto height = WholeNumber(text.substr(cross + 1), most);
+    return width && height ? std::optional<PictureSize>({*width, *height}) : std::nullopt;
+}
+
 // --- Grammar
 
 void PictureArguments::AddModels(CLI::App& verb)
@@ -413,7 +407,7 @@ void PictureArguments::AddShaders(CLI::App& verb)
 void PictureArguments::ReadTexts()
 {
     picture.shaders = mShaders == "on" ? ShaderUse::On : mShaders == "off" ? ShaderUse::Off : ShaderUse::Auto;
-    const Size size = *ReadSize(mSize);
+    const PictureSize size = *ReadPictureSize(mSize, kLargestSide);
     picture.width = size.width;
     picture.height = size.height;
     picture.mode = FindPreset(mMode)->mode;
@@ -457,20 +451,6 @@ BString PictureArguments::HighlightProblem(Preview& preview) const
     return {};
 }
 
-BString PictureArguments::SubdivisionProblemOf(Preview& preview) const
-{
-    for (std::int64_t i = 0; i < preview.Scene().NumObjects() && picture.subdivision > 0; ++i)
-    {
-        const VXObject* const object = preview.Scene().Object(int(i));
-        if (!object || !object->Geom() || !HasElements(*object->Geom()->Geom(), ElementPart::Faces))
-            continue;
-        const BString problem = SubdivisionProblem(*object->Geom()->Geom(), picture.subdivision, picture.ownScheme);
-        if (!problem.IsEmpty())
-            return object->ExternalName() + ": " + problem;
-    }
-    return {};
-}
-
 int PictureArguments::ReadModels(Preview& preview, Stopwatch& watch)
 {
     for (const std::string& name : mInputs)
@@ -493,7 +473,8 @@ int PictureArguments::ReadModels(Preview& preview, Stopwatch& watch)
     }
     if (!mTexture.empty() && !preview.SetDefaultTexture(BPath(BString(mTexture))))
         return Fail(kFailed, "", 0, preview.Error() + ", expected a picture");
-    if (const BString problem = SubdivisionProblemOf(preview); !problem.IsEmpty())
+    if (const BString problem = SubdivisionProblem(preview.Scene(), picture.subdivision, picture.ownScheme);
+        !problem.IsEmpty())
         return Fail(kFailed, "", 0, problem);
     if (const BString problem = HighlightProblem(preview); !problem.IsEmpty())
         return Fail(kFailed, "", 0, problem);

@@ -5,7 +5,9 @@
 #include "host/Preview.h"
 #include "host/image/Picture.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// @file
@@ -67,7 +69,6 @@ private:
     void AddOverlays(CLI::App& verb);
     void ReadTexts();
     int ReadModels(Preview& preview, Stopwatch& watch);
-    BString SubdivisionProblemOf(Preview& preview) const;
     BString HighlightProblem(Preview& preview) const;
 
     std::string mVerb; ///< as the user calls it
@@ -80,6 +81,13 @@ private:
 };
 
 BPath BundledSample();
+
+struct PictureSize
+{
+    int width, height;
+};
+/// "WIDTHxHEIGHT", each from 1 to `most` pixels.
+std::optional<PictureSize> ReadPictureSize(std::string_view text, int most);
 
 /// Writes a picture to a file or to standard output, and says on standard output where it is; then warns of what the
 /// models lack. @return the exit code

@@ -2,7 +2,11 @@
 #include "Subdivision.h"
 
 #include "base/GEOM.h"
+#include "engine/VXObject.h"
+#include "engine/VXScene.h"
 #include "engine/VXSwitches.h"
+#include "host/import/ElementParts.h"
+#include "mesh/VXGeom.h"
 
 #include <CLI/CLI.hpp>
 
@@ -77,6 +81,21 @@ BString SubdivisionProblem(const GEOM& record, int levels, bool ownScheme)
     void* const probe = MEM_Alloc(1, std::size_t(there * kBytesPerPolygon));
     MEM_Free(probe);
     return probe ? BString() : BString::Format("level %d does not fit into memory, expected a lower one", levels);
+}
+
+BString SubdivisionProblem(const VXScene& scene, int levels, bool ownScheme)
+{
+    for (std::int64_t i = 0; levels > 0 && i < scene.NumObjects(); ++i)
+    {
+        const VXObject* const object = scene.Object(int(i));
+        if (!object || !object->Geom() || !object->Geom()->Geom() || object->InternalName() == "GROUND" ||
+            !HasElements(*object->Geom()->Geom(), ElementPart::Faces))
+            continue;
+        const BString problem = SubdivisionProblem(*object->Geom()->Geom(), levels, ownScheme);
+        if (!problem.IsEmpty())
+            return object->ExternalName() + ": " + problem;
+    }
+    return {};
 }
 
 } // namespace vx::cli

@@ -4,6 +4,7 @@
 #include "Cli.h"
 
 class GEOM;
+class VXScene;
 
 /// @file
 /// What the verbs that subdivide share: the choice of a scheme, and what keeps a mesh from being subdivided.
@@ -20,5 +21,7 @@ CLI::Option* AddScheme(CLI::App& verb, std::string& scheme);
 
 /// Why a mesh of faces cannot be subdivided so far; empty when nothing is known that keeps it from that.
 BString SubdivisionProblem(const GEOM& record, int levels, bool ownScheme);
+/// The same of all objects of a scene, with the name of the one.
+BString SubdivisionProblem(const VXScene& scene, int levels, bool ownScheme);
 
 } // namespace vx::cli

@@ -88,23 +88,25 @@ int View(ViewArguments& arguments)
     if (!arguments.Texture().empty())
         if (const BString problem = session.SetTexture(BString(arguments.Texture())); !problem.IsEmpty())
             return Fail(kFailed, "", 0, problem);
+    if (const BPath& behind = arguments.picture.backgroundPicture; !behind.IsEmpty())
+        if (BString why; !vx::ReadPicture(behind, why))
+            return Fail(kFailed, "", 0, behind.FullPath() + ": " + why + ", expected a picture");
     if (const BString problem = session.SetSubdivision(arguments.picture.subdivision, arguments.picture.ownScheme);
         !problem.IsEmpty())
         return Fail(kFailed, "", 0, problem);
     watch.Tell("read the models");
 
     vx::view::Window window(session);
-    BString problem;
     vx::view::Window::Wishes wishes{.panels = !arguments.noPanels, .scale = arguments.scale};
     if (arguments.sized)
     {
         wishes.width = arguments.picture.width;
         wishes.height = arguments.picture.height;
     }
-    if (window.Open(wishes, problem) != vx::view::Window::Trouble::Nothing)
+    if (const BString problem = window.Open(wishes); !problem.IsEmpty())
         return Fail(kNoOpenGL, "", 0, problem);
     watch.Tell("opened a window: " + session.ContextDescription());
-    problem = window.Run(arguments.script.empty() ? nullptr : &script);
+    const BString problem = window.Run(arguments.script.empty() ? nullptr : &script);
     return problem.IsEmpty() ? int(kDone) : Fail(kFailed, "", 0, problem);
 }
 

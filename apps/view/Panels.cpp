@@ -442,10 +442,13 @@ void Panels::DrawGroups()
                 mSession.SetHighlighted(name, shown);
             ImGui::PopStyleColor();
             ImGui::SameLine();
-            if (ImGui::Selectable(name.c_str()))
+            const ImVec2 text = ImGui::GetCursorPos(); // by itself: ## in a name would end it in a label
+            if (ImGui::Selectable("##select"))
                 mSession.ChangeSelection().SelectGroup(name);
             if (ImGui::IsItemHovered())
                 ImGui::SetTooltip("Select its polygons");
+            ImGui::SetCursorPos(text);
+            ImGui::TextUnformatted(name.c_str());
             ImGui::PopID();
         }
     ImGui::EndChild();

@@ -1,7 +1,7 @@
 // VelmarBase: viewer.
 #include "Script.h"
 
-#include "apps/Cli.h"
+#include "apps/PictureOptions.h"
 #include "apps/Subdivision.h"
 
 #include <algorithm>
@@ -58,20 +58,7 @@ std::optional<T> ReadNumber(std::string_view text)
 float NumberOf(const std::string& text) { return ReadNumber<float>(text).value_or(0); }
 int CountOf(const std::string& text) { return ReadNumber<int>(text).value_or(0); }
 
-struct Size
-{
-    int width, height;
-};
-std::optional<Size> ReadSize(std::string_view text)
-{
-    constexpr int kLargest = 8192;
-    const std::size_t cross = text.find('x');
-    const auto width = ReadNumber<int>(text.substr(0, cross));
-    const auto height = ReadNumber<int>(cross < text.size() ? text.substr(cross + 1) : "");
-    if (!width || !height || std::min(*width, *height) < 1 || std::max(*width, *height) > kLargest)
-        return std::nullopt;
-    return Size{*width, *height};
-}
+constexpr int kLargestSide = 8192; // of a window's picture
 
 std::vector<std::string> ChoicesOf(Kind kind)
 {
@@ -109,7 +96,7 @@ std::string Expected(Kind kind, const std::string& text)
     if (kind == Kind::Count)
         return ReadNumber<int>(text).value_or(-1) >= 0 ? "" : "a whole number from 0";
     if (kind == Kind::Size)
-        return ReadSize(text) ? "" : "WIDTHxHEIGHT from 1x1 to 8192x8192";
+        return cli::ReadPictureSize(text, kLargestSide) ? "" : "WIDTHxHEIGHT from 1x1 to 8192x8192";
     const std::vector<std::string> choices = ChoicesOf(kind);
     const bool fits = choices.empty() || std::find(choices.begin(), choices.end(), text) != choices.end();
     return fits ? "" : cli::Listed(choices);
@@ -252,7 +239,7 @@ std::vector<Command> MakeCommands()
          1,
          [](Host h, Arguments a)
          {
-             const Size size = *ReadSize(a[0]);
+             const cli::PictureSize size = *cli::ReadPictureSize(a[0], kLargestSide);
              return h.Resize(size.width, size.height);
          }},
         {"style",

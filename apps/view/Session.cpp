@@ -1,8 +1,6 @@
 // VelmarBase: viewer.
 #include "Session.h"
 
-#include "RayCast.h"
-
 #include "apps/Groups.h"
 #include "apps/Subdivision.h"
 #include "engine/VXCamera.h"
@@ -10,7 +8,6 @@
 #include "engine/VXScene.h"
 #include "engine/VXSwitches.h"
 #include "host/gl/VXGLDrawEngine.h"
-#include "host/import/ElementParts.h"
 #include "host/tree/MaterialJson.h"
 
 #include <algorithm>
@@ -53,10 +50,8 @@ BString Session::Load(const std::vector<BPath>& models, bool keepView)
     for (const BPath& model : models)
         if (!preview->Load(model, mImport))
             return preview->Error();
-    if (BString problem = ApplyMaterials(*preview); !problem.IsEmpty())
+    if (BString problem = ApplyFiles(*preview); !problem.IsEmpty())
         return problem;
-    if (!mTexture.IsEmpty() && !preview->SetDefaultTexture(mTexture))
-        return preview->Error();
     mModels = models;
     watch.Watch(FilesOf(*preview, models));
     mWatch = watch;
@@ -65,15 +60,18 @@ BString Session::Load(const std::vector<BPath>& models, bool keepView)
 }
 
 // Materials with a fault of their own are left out; a text that cannot be read at all keeps what is shown.
-BString Session::ApplyMaterials(Preview& preview)
+BString Session::ApplyFiles(Preview& preview)
 {
-    if (mMaterials.IsEmpty())
-        return {};
     std::vector<NamedMaterial> materials;
     MaterialsReport report;
-    if (!ReadMaterialsFile(mMaterials, materials, report))
-        return report.error;
-    preview.ApplyMaterials(std::move(materials));
+    if (!mMaterials.IsEmpty())
+    {
+        if (!ReadMaterialsFile(mMaterials, materials, report))
+            return report.error;
+        preview.ApplyMaterials(std::move(materials));
+    }
+    if (!mTexture.IsEmpty() && !preview.SetDefaultTexture(mTexture))
+        return preview.Error() + ", expected a picture";
     mMaterialProblems.clear();
     for (const BArray<BString>* const list : {&report.problems, &report.warnings})
         for (const BString& line : *list)
@@ -89,18 +87,22 @@ void Session::Take(std::unique_ptr<Preview> preview, bool keepView)
     if (!mSelection.Attach(mPreview->Scene()))
         Tell("out of memory: nothing can be selected", true);
     mSelection.TakeBits(selected);
+    const BString tooMuch = cli::SubdivisionProblem(Scene(), keepView ? mOptions.subdivision : 0, mOptions.ownScheme);
+    if (!keepView || !tooMuch.IsEmpty())
+        mOptions.subdivision = 0;
     if (!keepView)
     {
         // Only what the models have is shown of the groups that were asked for.
         std::erase_if(mOptions.highlights, [this](const Highlight& highlight)
                       { return std::find(mGroups.begin(), mGroups.end(), highlight.group.Std()) == mGroups.end(); });
-        mOptions.subdivision = 0;
         mWantsFrame = true;
     }
     mDeriveStale = mStale = true;
     if (const std::vector<std::string> warnings = Warnings(); !warnings.empty())
         Tell(BString(warnings.front()) +
              (warnings.size() > 1 ? BString::Format(" (and %d more)", int(warnings.size()) - 1) : BString()));
+    if (!tooMuch.IsEmpty())
+        Tell("no longer subdivided: " + tooMuch, true);
 }
 
 // Names of materials' files and textures are relative to where they are named.
@@ -130,20 +132,16 @@ std::vector<BPath> Session::FilesOf(Preview& preview, const std::vector<BPath>& 
     return files;
 }
 
-BString Session::SetTexture(const BPath& picture)
-{
-    if (!mPreview->SetDefaultTexture(picture))
-        return mPreview->Error() + ", expected a picture";
-    mTexture = picture;
-    return Reload(); // materials that had a default texture before get this one
-}
+BString Session::SetTexture(const BPath& picture) { return Adopt(mTexture, picture); }
+BString Session::SetMaterials(const BPath& json) { return Adopt(mMaterials, json); }
 
-BString Session::SetMaterials(const BPath& json)
+// Models are read anew: what they had of the file before is gone then.
+BString Session::Adopt(BPath& place, const BPath& file)
 {
-    const BPath before = std::exchange(mMaterials, json);
-    BString problem = mModels.empty() ? ApplyMaterials(*mPreview) : Reload();
+    const BPath before = std::exchange(place, file);
+    BString problem = mModels.empty() ? ApplyFiles(*mPreview) : Reload();
     if (!problem.IsEmpty())
-        mMaterials = before;
+        place = before;
     return problem;
 }
 
@@ -172,6 +170,7 @@ bool Session::LookAtFiles()
 {
     if (!watching || mModels.empty() || !mWatch.Changed())
         return false;
+    Tell(""); // what was wrong before may be right now
     const BString problem = Reload();
     if (!problem.IsEmpty())
         Tell("not reloaded: " + problem, true);
@@ -213,16 +212,8 @@ void Session::SetSize(int width, int height)
 
 BString Session::SetSubdivision(int levels, bool ownScheme)
 {
-    for (std::int64_t i = 0; levels > 0 && i < Scene().NumObjects(); ++i)
-    {
-        const VXObject* const object = Scene().Object(int(i));
-        if (!object || !object->Geom() || !object->Geom()->Geom() || object->InternalName() == "GROUND" ||
-            !HasElements(*object->Geom()->Geom(), ElementPart::Faces))
-            continue;
-        const BString problem = cli::SubdivisionProblem(*object->Geom()->Geom(), levels, ownScheme);
-        if (!problem.IsEmpty())
-            return object->ExternalName() + ": " + problem;
-    }
+    if (BString problem = cli::SubdivisionProblem(Scene(), levels, ownScheme); !problem.IsEmpty())
+        return problem;
     mOptions.subdivision = std::clamp(levels, 0, kMostSubdivision);
     mOptions.ownScheme = ownScheme;
     mDeriveStale = mStale = true;
@@ -375,34 +366,22 @@ Selection& Session::ChangeSelection()
     return mSelection;
 }
 
-// By the names that the graphics card draws, to the pixel; by a ray where nothing can be drawn.
+// By the names that the graphics card draws, to the pixel.
 Session::Picked Session::PickAt(float x, float y)
 {
     Derive();
     SyncCameras();
-    int object = -1, poly = -1;
-    if (mPreview->HasContext())
-    {
-        Scene().SetPickPolys(true);
-        PickResult result;
-        if (!mPreview->Pick(Shown(), ViewNow(), int(std::floor(x)), int(std::floor(y)), result))
-            Tell("nothing can be picked: " + mPreview->Error(), true);
-        if (result.hit.kind != VXPickKind::Polygon)
-            return {};
-        object = result.hit.object;
-        poly = result.hit.polygon;
-        if (result.geom == result.object->Geom()) // the surface, or the cage over one
-            return {object, poly};
-    }
-    else
-    {
-        const float width = float(std::max(mOptions.width, 1)), height = float(std::max(mOptions.height, 1));
-        const RayHit hit = CastRay(Scene(), RayThrough(ViewNow(), x / width, y / height), mOptions.backFaces);
-        object = hit.object;
-        poly = hit.poly;
-    }
-    const int control = object < 0 ? -1 : mSelection.ControlPoly(object, poly);
-    return control < 0 ? Picked() : Picked{object, control};
+    Scene().SetPickPolys(true);
+    const auto pixel = [](float at, int most) { return int(std::floor(std::clamp(at, -1.0f, float(most)))); };
+    PickResult result;
+    if (!mPreview->Pick(Shown(), ViewNow(), pixel(x, mOptions.width), pixel(y, mOptions.height), result))
+        Tell("nothing can be picked: " + mPreview->Error(), true);
+    const VXPickHit& hit = result.hit;
+    if (hit.kind != VXPickKind::Polygon)
+        return {};
+    const bool plain = result.geom == result.object->Geom(); // shown as it is, without levels
+    const int control = plain ? hit.polygon : mSelection.ControlPoly(hit.object, hit.polygon);
+    return control < 0 ? Picked() : Picked{hit.object, control};
 }
 
 void Session::SelectAt(float x, float y, bool toggle)

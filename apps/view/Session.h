@@ -17,7 +17,7 @@ namespace vx::view
 
 /// All that a viewer has open, and how it is shown: models and the files that they came from, options, cameras, what is
 /// selected. Knows no window: a window draws it, hands on what a hand does, and asks now and then whether files have
-/// changed. What is drawn goes to the OpenGL context that is current; all else works without one.
+/// changed. What is drawn and picked goes by the OpenGL context that is current; all else works without one.
 class Session
 {
 public:
@@ -117,7 +117,8 @@ public:
 
 private:
     BString Load(const std::vector<BPath>& models, bool keepView);
-    BString ApplyMaterials(Preview& preview);
+    BString ApplyFiles(Preview& preview); ///< materials and texture
+    BString Adopt(BPath& place, const BPath& file);
     void Take(std::unique_ptr<Preview> preview, bool keepView);
     std::vector<BPath> FilesOf(Preview& preview, const std::vector<BPath>& models) const;
     void Gather(BArray<VERTEX>& points, BArray<VERTEX>& around);

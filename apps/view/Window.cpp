@@ -12,6 +12,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
+#include <new>
+#include <utility>
 
 namespace vx::view
 {
@@ -46,41 +49,39 @@ Window::~Window()
 
 // --- Opening
 
-Window::Trouble Window::Open(const Wishes& wishes, BString& problem)
+BString Window::Open(const Wishes& wishes)
 {
-    glfwSetErrorCallback([](int, const char* text) { LastTrouble() = text; });
+    glfwSetErrorCallback(
+        [](int, const char* text)
+        {
+            const std::size_t length = std::min(std::strlen(text), LastTrouble().capacity()); // nothing may be thrown
+            LastTrouble().assign(text, length);
+        });
+    LastTrouble().reserve(1000);
     if (!glfwInit())
-    {
-        problem =
-            "no display to open a window on: " + BString(LastTrouble()) + "; velmar preview draws pictures without one";
-        return Trouble::NoDisplay;
-    }
+        return "no display to open a window on: " + BString(LastTrouble()) +
+               "; velmar preview draws pictures without one";
     glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, 3);
     glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, 3);
     glfwWindowHint(GLFW_OPENGL_PROFILE, GLFW_OPENGL_COMPAT_PROFILE);
     glfwWindowHint(GLFW_DEPTH_BITS, 0); // the picture is drawn into a target of its own
     glfwWindowHint(GLFW_STENCIL_BITS, 0);
     glfwWindowHint(GLFW_SCALE_TO_MONITOR, GLFW_TRUE);
+    glfwWindowHint(GLFW_CONTEXT_ROBUSTNESS, GLFW_LOSE_CONTEXT_ON_RESET); // where there is that, a lost one tells
     int left = 0, top = 0, width = kStandardWidth, height = kStandardHeight;
     if (GLFWmonitor* const monitor = glfwGetPrimaryMonitor())
         glfwGetMonitorWorkarea(monitor, &left, &top, &width, &height);
     mWindow = glfwCreateWindow(std::clamp(width * 9 / 10, 320, kStandardWidth),
                                std::clamp(height * 9 / 10, 240, kStandardHeight), "velmar-view", nullptr, nullptr);
     if (!mWindow)
-    {
-        problem = "no OpenGL to be had: " + BString(LastTrouble());
-        return Trouble::NoOpenGL;
-    }
+        return "no OpenGL to be had: " + BString(LastTrouble());
     glfwMakeContextCurrent(mWindow);
     glfwSwapInterval(1);
-    problem = LoadGL();
+    BString problem = LoadGL();
     if (problem.IsEmpty())
         problem = mSession.PrepareContext();
     if (!problem.IsEmpty())
-    {
-        problem = "no OpenGL to be had: " + problem;
-        return Trouble::NoOpenGL;
-    }
+        return "no OpenGL to be had: " + problem;
     mOwnScale = wishes.scale;
     mControls.showPanels = wishes.panels;
     ListenToEvents();
@@ -90,10 +91,8 @@ Window::Trouble Window::Open(const Wishes& wishes, BString& problem)
         problem = Resize(wishes.width, wishes.height);
     if (!problem.IsEmpty())
         mSession.Tell(problem, true);
-    return Trouble::Nothing;
+    return {};
 }
-
-static Window* Of(GLFWwindow* window) { return static_cast<Window*>(glfwGetWindowUserPointer(window)); }
 
 static Controls::Modifiers ModifiersOf(int bits)
 {
@@ -107,68 +106,89 @@ static Controls::Modifiers ModifiersHeld(GLFWwindow* window)
             .control = held(GLFW_KEY_LEFT_CONTROL) || held(GLFW_KEY_RIGHT_CONTROL)};
 }
 
-// Set before those of the panels, which call these in turn. Any event may change what panels show.
+// What an event does. Events come through the window system's library, which is C: what is thrown is kept for the loop.
+// Any event may change what panels show.
+template <class Act>
+void Window::Handle(GLFWwindow* window, Act act) noexcept
+{
+    Window& self = *static_cast<Window*>(glfwGetWindowUserPointer(window));
+    self.mRedraws = kFramesToSettle;
+    try
+    {
+        act(self);
+    }
+    catch (...)
+    {
+        self.mThrown = std::current_exception();
+    }
+}
+
+void Window::PressOrRelease(int button, int action, int mods)
+{
+    double x = 0, y = 0;
+    float px = 0, py = 0;
+    glfwGetCursorPos(mWindow, &x, &y);
+    if (button < GLFW_MOUSE_BUTTON_LEFT || button > GLFW_MOUSE_BUTTON_MIDDLE)
+        return;
+    const Controls::Button which = button == GLFW_MOUSE_BUTTON_LEFT    ? Controls::Button::Left
+                                   : button == GLFW_MOUSE_BUTTON_RIGHT ? Controls::Button::Right
+                                                                       : Controls::Button::Middle;
+    if (action == GLFW_RELEASE)
+        mControls.Release(which);
+    else if (OverPicture(x, y, px, py))
+        mControls.Press(which, ModifiersOf(mods), px, py);
+}
+
+void Window::Move(double x, double y)
+{
+    float px = 0, py = 0;
+    OverPicture(x, y, px, py);
+    mControls.Move(px, py);
+}
+
+void Window::Scroll(double steps)
+{
+    double x = 0, y = 0;
+    float px = 0, py = 0;
+    glfwGetCursorPos(mWindow, &x, &y);
+    if (OverPicture(x, y, px, py))
+        mControls.Wheel(float(steps), ModifiersHeld(mWindow), px, py);
+}
+
+// Set before those of the panels, which call these in turn.
 void Window::ListenToEvents()
 {
     glfwSetWindowUserPointer(mWindow, this);
-    glfwSetMouseButtonCallback(mWindow,
-                               [](GLFWwindow* w, int button, int action, int mods)
-                               {
-                                   Window& self = *Of(w);
-                                   self.mRedraws = kFramesToSettle;
-                                   double x = 0, y = 0;
-                                   float px = 0, py = 0;
-                                   glfwGetCursorPos(w, &x, &y);
-                                   if (button < GLFW_MOUSE_BUTTON_LEFT || button > GLFW_MOUSE_BUTTON_MIDDLE)
-                                       return;
-                                   const Controls::Button which =
-                                       button == GLFW_MOUSE_BUTTON_LEFT    ? Controls::Button::Left
-                                       : button == GLFW_MOUSE_BUTTON_RIGHT ? Controls::Button::Right
-                                                                           : Controls::Button::Middle;
-                                   if (action == GLFW_RELEASE)
-                                       self.mControls.Release(which);
-                                   else if (self.OverPicture(x, y, px, py))
-                                       self.mControls.Press(which, ModifiersOf(mods), px, py);
-                               });
-    glfwSetCursorPosCallback(mWindow,
-                             [](GLFWwindow* w, double x, double y)
-                             {
-                                 Window& self = *Of(w);
-                                 self.mRedraws = kFramesToSettle;
-                                 float px = 0, py = 0;
-                                 self.OverPicture(x, y, px, py);
-                                 self.mControls.Move(px, py);
-                             });
-    glfwSetScrollCallback(mWindow,
-                          [](GLFWwindow* w, double, double steps)
-                          {
-                              Window& self = *Of(w);
-                              self.mRedraws = kFramesToSettle;
-                              double x = 0, y = 0;
-                              float px = 0, py = 0;
-                              glfwGetCursorPos(w, &x, &y);
-                              if (self.OverPicture(x, y, px, py))
-                                  self.mControls.Wheel(float(steps), ModifiersHeld(w), px, py);
-                          });
+    glfwSetMouseButtonCallback(mWindow, [](GLFWwindow* w, int button, int action, int mods)
+                               { Handle(w, [=](Window& self) { self.PressOrRelease(button, action, mods); }); });
+    glfwSetCursorPosCallback(mWindow, [](GLFWwindow* w, double x, double y)
+                             { Handle(w, [=](Window& self) { self.Move(x, y); }); });
+    glfwSetScrollCallback(mWindow, [](GLFWwindow* w, double, double steps)
+                          { Handle(w, [=](Window& self) { self.Scroll(steps); }); });
     glfwSetKeyCallback(mWindow,
                        [](GLFWwindow* w, int key, int, int action, int mods)
                        {
-                           Of(w)->mRedraws = kFramesToSettle;
-                           if (action != GLFW_RELEASE && !ImGui::GetIO().WantTextInput)
-                               Of(w)->mControls.Key(key, ModifiersOf(mods));
+                           Handle(w,
+                                  [=](Window& self)
+                                  {
+                                      if (action != GLFW_RELEASE && !ImGui::GetIO().WantTextInput)
+                                          self.mControls.Key(key, ModifiersOf(mods));
+                                  });
                        });
     glfwSetDropCallback(mWindow,
                         [](GLFWwindow* w, int count, const char** names)
                         {
-                            Of(w)->mRedraws = kFramesToSettle;
-                            std::vector<BPath> files;
-                            for (int i = 0; i < count; ++i)
-                                files.emplace_back(names[i]);
-                            Of(w)->mControls.Report(Of(w)->mSession.Drop(files));
+                            Handle(w,
+                                   [=](Window& self)
+                                   {
+                                       const std::vector<BPath> files(names, names + count);
+                                       self.mControls.Report(self.mSession.Drop(files));
+                                   });
                         });
-    glfwSetWindowContentScaleCallback(mWindow, [](GLFWwindow* w, float, float) { Of(w)->mScaleStale = true; });
-    glfwSetWindowRefreshCallback(mWindow, [](GLFWwindow* w) { Of(w)->mRedraws = kFramesToSettle; });
-    glfwSetFramebufferSizeCallback(mWindow, [](GLFWwindow* w, int, int) { Of(w)->mRedraws = kFramesToSettle; });
+    glfwSetWindowContentScaleCallback(mWindow, [](GLFWwindow* w, float, float)
+                                      { Handle(w, [](Window& self) { self.mScaleStale = true; }); });
+    glfwSetWindowRefreshCallback(mWindow, [](GLFWwindow* w) { Handle(w, [](Window&) {}); });
+    glfwSetFramebufferSizeCallback(mWindow, [](GLFWwindow* w, int, int) { Handle(w, [](Window&) {}); });
 }
 
 void Window::StartPanels()
@@ -265,6 +285,9 @@ void Window::Draw()
     mRedraws = std::max(mRedraws - 1, 0);
     if (pixelWidth < 1 || pixelHeight < 1)
         return; // minimised
+    mLost = mSession.PrepareContext();
+    if (!mLost.IsEmpty())
+        return;
     ImGui_ImplOpenGL3_NewFrame();
     ImGui_ImplGlfw_NewFrame();
     ImGui::NewFrame();
@@ -292,6 +315,15 @@ void Window::Draw()
 
 void Window::LookAround()
 {
+    try
+    {
+        if (mThrown)
+            std::rethrow_exception(std::exchange(mThrown, nullptr));
+    }
+    catch (const std::bad_alloc&)
+    {
+        mSession.Tell("out of memory", true);
+    }
     const double now = glfwGetTime();
     if (now >= mNextLook)
     {
@@ -325,7 +357,9 @@ void Window::WaitForEvents()
 
 BString Window::Run(Script* script)
 {
-    while (!glfwWindowShouldClose(mWindow))
+    if (script)
+        Draw(); // what its first line asks for is asked of a picture that is there
+    while (!glfwWindowShouldClose(mWindow) && mLost.IsEmpty())
     {
         const bool scripted = script && !script->IsAtEnd();
         if (scripted && !script->RunNext(*this))
@@ -348,7 +382,7 @@ BString Window::Run(Script* script)
             glfwSwapBuffers(mWindow);
         }
     }
-    return {};
+    return mLost;
 }
 
 // --- What scripts ask
@@ -359,6 +393,8 @@ BString Window::DrawNow()
     while (mRedraws > 0 || mSession.IsStale())
     {
         Draw();
+        if (!mLost.IsEmpty())
+            return mLost;
         const Place place = PictureNow();
         if (place.width < 1 || place.height < 1)
             return "the window is too small to show anything";
@@ -417,7 +453,7 @@ void Window::Wait(double seconds)
             glfwSwapBuffers(mWindow);
         }
         glfwWaitEventsTimeout(std::clamp(end - glfwGetTime(), 0.001, 0.05));
-    } while (glfwGetTime() < end && !glfwWindowShouldClose(mWindow));
+    } while (glfwGetTime() < end && !glfwWindowShouldClose(mWindow) && mLost.IsEmpty());
 }
 
 } // namespace vx::view

@@ -6,6 +6,7 @@
 
 #include "host/gl/Framebuffer.h"
 
+#include <exception>
 #include <memory>
 
 struct GLFWwindow;
@@ -21,22 +22,15 @@ public:
     explicit Window(Session& session);
     ~Window() override;
 
-    /// What keeps a window from being had.
-    enum class Trouble
-    {
-        Nothing,
-        NoDisplay,
-        NoOpenGL,
-    };
     struct Wishes
     {
         int width = 0, height = 0; ///< of the picture; 0 for what suits the screen
         bool panels = true;
         float scale = 1; ///< of panels and lines, beside the screen's own
     };
-    Trouble Open(const Wishes& wishes, BString& problem);
+    BString Open(const Wishes& wishes); ///< @return empty, or what keeps a window from being had
 
-    /// Until it is closed, or the script has failed. @return empty, or what went wrong
+    /// Until it is closed, the script has failed, or the context is lost. @return empty, or what went wrong
     BString Run(Script* script);
 
     // What scripts ask
@@ -54,6 +48,11 @@ private:
     {
         int x = 0, y = 0, width = 0, height = 0;
     };
+    template <class Act>
+    static void Handle(GLFWwindow* window, Act act) noexcept;
+    void PressOrRelease(int button, int action, int mods);
+    void Move(double x, double y);
+    void Scroll(double steps);
     void ListenToEvents();
     void StartPanels();
     void ApplyScale();
@@ -75,8 +74,10 @@ private:
     bool mScaleStale = true;
     Framebuffer mTarget;
     std::string mTitle;
-    BString mProblem; ///< of the last picture
-    int mRedraws = 3; ///< frames that panels need to settle after an event
+    BString mProblem;           ///< of the last picture
+    BString mLost;              ///< the context is: nothing can be drawn any more
+    std::exception_ptr mThrown; ///< by what an event did
+    int mRedraws = 3;           ///< frames that panels need to settle after an event
     double mNextLook = 0;
     bool mTellingShown = false;
 };

@@ -3,8 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <set>
-
 namespace
 {
 // A square of two halves by two pieces, with names for what is left and right; seen from the front it is 199 x 199
@@ -50,17 +48,6 @@ TEST_F(PictureVerbs, StylesDrawsAllModesOnOneSheet)
     EXPECT_EQ(sheet->Width(), 8 * 52 + 12);
     const int rowHeight = (sheet->Height() - 12) / 2;
     EXPECT_TRUE(rowHeight == 42 || rowHeight == 63) << "with captions or without";
-    std::set<std::string> cells;
-    for (int cell = 0; cell < 16; ++cell)
-    {
-        std::string bytes;
-        for (int y = 0; y < 30; ++y)
-            bytes.append(reinterpret_cast<const char*>(sheet->Row(12 + cell / 8 * rowHeight + y)) +
-                             4 * (12 + cell % 8 * 52),
-                         std::size_t(4 * 40));
-        cells.insert(bytes);
-    }
-    EXPECT_GE(cells.size(), 11u) << "a flat square looks alike in some";
 }
 
 TEST_F(PictureVerbs, TurntableDrawsEveryFrame)
@@ -105,12 +92,4 @@ TEST_F(PictureVerbs, PickTellsWhatStandsAtThePixel)
     EXPECT_EQ(text.substr(0, text.find("  depth")),
               "polygon\n  object    square.obj\n  polygon   1\n  corners   1 2 5 4\n"
               "  groups    left\n  material  paint\n");
-}
-
-TEST_F(PictureVerbs, PickTellsOfTheSurfaceThatIsShown)
-{
-    const nlohmann::json facts = nlohmann::json::parse(PickAt("170,120", {"--subdivide", "2", "--json"}).out);
-    EXPECT_GT(facts["polygon"], 2) << "of 32";
-    EXPECT_LE(facts["polygon"], 32);
-    EXPECT_EQ(facts["corners"].size(), 4u);
 }

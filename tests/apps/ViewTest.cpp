@@ -1,11 +1,11 @@
 // The viewer: its parts without a window, and the program under a display of its own.
 #include "Command.h"
 
-#include "apps/view/RayCast.h"
 #include "apps/view/Script.h"
 #include "engine/VXObject.h"
 #include "engine/VXScene.h"
 #include "host/image/Picture.h"
+#include "host/window/OffscreenContext.h"
 
 #include <gtest/gtest.h>
 
@@ -47,6 +47,11 @@ BPath In(const Workplace& place, const char* name) { return BPath(BString((place
 class Viewer : public testing::Test
 {
 protected:
+    void SetUp() override
+    {
+        if (!mContext.Create())
+            GTEST_SKIP() << "no OpenGL: " << mContext.Error().Std();
+    }
     void Open(int n)
     {
         mPlace.Write("grid.obj", Grid(n));
@@ -69,6 +74,7 @@ protected:
     }
 
     Workplace mPlace;
+    vx::OffscreenContext mContext;
     Session mSession;
 };
 
@@ -87,8 +93,8 @@ TEST_F(Viewer, PicksThePolygonUnderThePixelSubdividedOrNot)
                 const auto [x, y] = PixelOf((float(poly % 8) + 0.4f) / 4 - 1, (float(poly / 8) + 0.6f) / 4 - 1);
                 EXPECT_EQ(mSession.PickAt(x, y).poly, poly);
             }
-            const auto [x, y] = PixelOf(1.2f, 0);
-            EXPECT_EQ(mSession.PickAt(x, y).poly, -1);
+            EXPECT_EQ(mSession.PickAt(PixelOf(1.2f, 0).first, 50).poly, -1);
+            EXPECT_EQ(mSession.PickAt(1e30f, -1e30f).poly, -1);
         }
 }
 
@@ -189,10 +195,18 @@ TEST_F(Viewer, ReloadsWhatHasChangedAndKeepsViewAndSelection)
     EXPECT_EQ(mSession.Scene().Object(0)->Geom()->NumPolys(), 17);
 
     change(Grid(4));
+    EXPECT_EQ(mSession.Telling().text, "reloaded");
+    ASSERT_EQ(mSession.SetSubdivision(2, false).Std(), "");
+    std::string fan = "v 0 0 0\nv 1 0 0\nv 0 1 0\n"; // more polygons around a vertex than can be subdivided
+    for (int i = 0; i < 33000; ++i)
+        fan += "f 1 2 3\n";
+    change(fan);
+    EXPECT_EQ(mSession.Options().subdivision, VELMAR_HAS_OPENSUBDIV ? 0 : 2);
+    EXPECT_EQ(mSession.Telling().isError, bool(VELMAR_HAS_OPENSUBDIV)) << mSession.Telling().text;
+    change(Grid(4));
     const std::string red = R"({"materials": [{"name": "Red", "surface": {"Diffuse_Color": [1, 0, 0]}}]})";
     mPlace.Write("red.json", red);
     ASSERT_EQ(mSession.SetMaterials(In(mPlace, "red.json")).Std(), "");
-    mSession.Tell("");
     change(red + "\n", "red.json");
     EXPECT_EQ(mSession.Telling().text, "reloaded");
     change(red + "}", "red.json");
@@ -211,6 +225,7 @@ TEST_F(Viewer, KeepsTheModelWhenNonsenseIsDropped)
         const BString problem = mSession.Drop({In(mPlace, name)});
         EXPECT_NE(problem.Std(), "") << name;
         EXPECT_EQ(mSession.Scene().Object(0)->Geom()->NumPolys(), 16) << name;
+        EXPECT_EQ(mSession.Reload().Std(), "") << name << " is forgotten";
     }
     EXPECT_EQ(mSession.Drop({In(mPlace, "other.obj")}).Std(), "");
     EXPECT_EQ(mSession.Scene().Object(0)->Geom()->NumPolys(), 4);
@@ -348,6 +363,10 @@ TEST_F(ViewProgram, IsDrivenByAScript)
     EXPECT_NEAR(Orange(*grown), 9 * square, 2 * square);
     EXPECT_NEAR(Orange(*fine), 9 * square, 2 * square);
     EXPECT_GT(window->Width(), 320); // the panel stands beside the picture
+
+    const Outcome first =
+        Run("pick 165 125\ncounts\nquit\n", {"grid.obj", "--size", "320x240", "--azimuth", "0", "--elevation", "0"});
+    EXPECT_NE(first.out.find(", 1 selected, "), std::string::npos) << first.out << first.err;
 }
 
 TEST_F(ViewProgram, SaysWhatIsWrongInOneLine)
@@ -364,6 +383,7 @@ TEST_F(ViewProgram, SaysWhatIsWrongInOneLine)
         {"jump\n", {}, 1, "velmar-view: script.txt:1: unknown command 'jump'"},
         {"quit\n", {"missing.obj"}, 1, "velmar-view: missing.obj: "},
         {"quit\n", {"--mode", "wires"}, 2, "velmar-view: --mode: 'wires' is no draw mode"},
+        {"quit\n", {"grid.obj", "--background-picture", "script.txt"}, 1, "velmar-view: "},
         {"screenshot no/such/folder.png\n", {"grid.obj"}, 1, "velmar-view: script.txt:1: no/such/folder.png: "},
     };
     for (const auto& [script, arguments, code, message] : kRows)
