@@ -2,6 +2,9 @@
 
 include(CMakePackageConfigHelpers)
 
+if(Skia_FOUND)
+    cmake_path(GET Skia_LIBRARY FILENAME Skia_LIBRARY_NAME) # for the package file
+endif()
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VelmarBase)
 
 set(header_folders base engine mesh material shader draw)
@@ -33,6 +36,7 @@ endif()
 # Skia goes along: its headers for who draws on a canvas, its library for who links the static libraries.
 if(Skia_FOUND)
     install(DIRECTORY ${Skia_INCLUDE_DIR}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velmar/skia)
+    install(FILES ${Skia_INCLUDE_DIR}/../LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME LICENSE.skia)
     install(FILES cmake/SkiaTargets.cmake DESTINATION ${package_dir})
     if(NOT BUILD_SHARED_LIBS)
         install(FILES ${Skia_LIBRARY} DESTINATION ${CMAKE_INSTALL_LIBDIR}/velmar)

@@ -1,6 +1,7 @@
 #include "draw/VXSkiaObject2D.h"
 
 #include "base/platform/Platform.h"
+#include "draw/detail/LoadGL.h"
 
 #include <GL/glew.h>
 
@@ -57,10 +58,11 @@ void VXSkiaObject2D::ClearSkia()
     SetGlInterface(nullptr);
     if (mTexture)
         glDeleteTextures(1, &mTexture);
-    if (mFramebuffer)
-        glDeleteFramebuffers(1, &mFramebuffer);
-    if (mRenderbuffer)
+    if ((mFramebuffer || mRenderbuffer) && vx::LoadGLFunctions())
+    {
+        glDeleteFramebuffers(1, &mFramebuffer); // zeros are ignored
         glDeleteRenderbuffers(1, &mRenderbuffer);
+    }
     mTexture = mFramebuffer = mRenderbuffer = 0;
 }
 
@@ -68,6 +70,7 @@ void VXSkiaObject2D::ClearSkia()
 
 bool VXSkiaObject2D::MakeSkia()
 {
+    SkSafeUnref(mInterface);
     mInterface = GrGLDefaultInterface();
     mContext =
         mInterface ? GrContext::Create(kOpenGL_GrBackend, reinterpret_cast<GrBackendContext>(mInterface)) : nullptr;
@@ -97,14 +100,15 @@ int VXSkiaObject2D::Prepare(VXObject2D* object, const int& width, const int& hei
     VXSkiaObject2D* const self = static_cast<VXSkiaObject2D*>(object);
     if (!self)
         return 0;
-    if (width != self->mWidth || height != self->mHeight)
+    const bool lost = self->mContext && self->mContext->abandoned();
+    if (lost || width != self->mWidth || height != self->mHeight)
     {
         self->ClearSkia();
         self->mWidth = width;
         self->mHeight = height;
     }
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS); // the end proc pops, whatever comes of the rest
-    if (width < 1 || height < 1)
+    if (width < 1 || height < 1 || !vx::LoadGLFunctions())
         return 0;
     if (self->mContext)
         self->mContext->resetContext(kAll_GrBackendState);
@@ -128,11 +132,10 @@ void VXSkiaObject2D::Draw()
     if (!mCanvas)
         return;
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-    glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
     glPopClientAttrib();
-    glPopAttrib();
-    glUseProgram(0);
+    if (vx::LoadGLFunctions())
+        glUseProgram(0);
 }
 
 bool VXSkiaObject2D::WantsAnimatedDrawing() { return false; }

@@ -17,8 +17,8 @@ struct GrGLInterface;
 /// ClearSkia or destruction. They belong to the OpenGL context that was current then: an item that is to be drawn in
 /// another context is cleared in the first. PrepareForDrawing always binds framebuffer 0; a host that draws elsewhere
 /// binds its own framebuffer again afterwards, or hands in a surface of its own (SetCurContext, SetSkiaSurface,
-/// SetSkiaCanvas), which is then kept. Without stencil bits in framebuffer 0 drawing goes on, but shapes that Skia
-/// fills through the stencil may lack their antialiasing.
+/// SetSkiaCanvas), which is then kept. Without stencil bits in framebuffer 0 drawing goes on, but clipping by a path
+/// without antialiasing takes the path's bounding rectangle.
 ///
 /// Each pointer that is held counts as one reference; setters take a reference of their own. Not copied: the callbacks
 /// hold the object itself.
@@ -40,8 +40,8 @@ public:
 
     /// Releases all that was made for a size, and deletes the OpenGL objects that the host made.
     void ClearSkia();
-    /// Releases the render target's reference and keeps the pointer: only for who sets another one right afterwards
-    /// by other means. ClearSkia must not run in between, as it would release once more.
+    /// Releases one reference of the render target and keeps the pointer. Every later change of the target, ClearSkia
+    /// and destruction release once more: only for a caller who holds a further reference and gives it up this way.
     void ClearRenderTarget();
 
     SkSurface* SkiaSurface() const { return mSurface; }

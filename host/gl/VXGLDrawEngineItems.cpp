@@ -20,7 +20,6 @@ vx::OverlayFrame VXGLDrawEngine::ItemFrame(const VXScene& scene) const
     frame.top = std::round((1 - mTile[3] - mTile[1]) * whole[1]);
     frame.width = int(std::lround(whole[0] / mPixelScale));
     frame.height = int(std::lround(whole[1] / mPixelScale));
-    frame.drawCalls = mNumDrawCalls;
     frame.milliseconds = mFrameMilliseconds;
     return frame;
 }
@@ -34,8 +33,14 @@ void VXGLDrawEngine::DrawBitMaps(VXScene* scene)
     for (std::int64_t i = 0; i < scene->NumObject2Ds(); ++i)
     {
         VXObject2D* const item = scene->Object2D(int(i));
-        if (!item || mPainter->Draw(*item, frame))
+        if (!item)
             continue;
+        if (vx::OverlayPainter::Draws(*item)) // left to itself it would draw into the window's framebuffer
+        {
+            if (!mPainter->Draw(*item, frame))
+                Fail("a 2D object could not be drawn with Skia");
+            continue;
+        }
         item->PrepareForDrawing(frame.width, frame.height);
         item->Draw();
         if (item->Offscreen())

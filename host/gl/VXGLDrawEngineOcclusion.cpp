@@ -21,8 +21,9 @@ static constexpr int kMarginShare = 8;    // of the picture's longer side; nothi
 bool VXGLDrawEngine::WantsOcclusion() const
 {
     const VXMaterial& mode = *Scene()->SceneMaterial();
-    return mReady && !mOcclusionRefused && mOcclusion != vx::OcclusionQuality::Off && mode.GetFlagDrawPolys() && !mode.GetFlagSilhouette() &&
-           !mode.GetFlagToon() && !ShowsData(&mode) && Scene()->BoundingBox().Initialized();
+    return mReady && !mOcclusionRefused && mOcclusion != vx::OcclusionQuality::Off && mode.GetFlagDrawPolys() &&
+           !mode.GetFlagSilhouette() && !mode.GetFlagToon() && !ShowsData(&mode) &&
+           Scene()->BoundingBox().Initialized();
 }
 
 bool VXGLDrawEngine::MakeOcclusionMaps(int width, int height)

@@ -24,6 +24,9 @@ GLStateKeeper::GLStateKeeper()
       mDrawFramebuffer(Get(GL_DRAW_FRAMEBUFFER_BINDING)), mReadFramebuffer(Get(GL_READ_FRAMEBUFFER_BINDING)),
       mRenderbuffer(Get(GL_RENDERBUFFER_BINDING)), mActiveTexture(Get(GL_ACTIVE_TEXTURE))
 {
+    // The default array object, whose state the client attributes hold: what the guest enables and points to there
+    // stays out of the host's object.
+    glBindVertexArray(0);
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
     mUnits.resize(std::size_t(std::clamp(Get(GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS), 1, kMostUnits)));
@@ -32,15 +35,18 @@ GLStateKeeper::GLStateKeeper()
         glActiveTexture(GLenum(GL_TEXTURE0 + i));
         mUnits[i] = {Get(GL_TEXTURE_BINDING_BUFFER), Get(GL_TEXTURE_BINDING_RECTANGLE),
                      Get(GL_TEXTURE_BINDING_2D_ARRAY), Get(GL_SAMPLER_BINDING)};
+        glBindSampler(GLuint(i), 0);
     }
     glActiveTexture(GLenum(mActiveTexture));
-    // An array object of the guest's own: what it enables and points to stays out of the host's.
-    glBindVertexArray(0);
+    // What a guest that sets its own state takes for granted.
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    for (const GLenum skip : {GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS})
+        glPixelStorei(skip, 0);
 }
 
 GLStateKeeper::~GLStateKeeper()
 {
-    // The guest's arrays were those of the default object, which the client attributes restore.
     glBindVertexArray(0);
     glPopClientAttrib();
     for (std::size_t i = 0; i < mUnits.size(); ++i)
@@ -52,9 +58,10 @@ GLStateKeeper::~GLStateKeeper()
         glBindTexture(GL_TEXTURE_2D_ARRAY, GLuint(unit.array));
         glBindSampler(GLuint(i), GLuint(unit.sampler));
     }
-    glPopAttrib();
+    // Before the attributes, which hold the buffers that these framebuffers draw to and read from.
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, GLuint(mDrawFramebuffer));
     glBindFramebuffer(GL_READ_FRAMEBUFFER, GLuint(mReadFramebuffer));
+    glPopAttrib();
     glBindRenderbuffer(GL_RENDERBUFFER, GLuint(mRenderbuffer));
     glUseProgram(GLuint(mProgram));
     glBindVertexArray(GLuint(mVertexArray));

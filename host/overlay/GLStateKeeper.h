@@ -7,7 +7,8 @@
 namespace vx
 {
 /// Keeps the state of the current OpenGL context, compatibility profile, while code that knows nothing of it draws:
-/// what is there at construction is there again after destruction.
+/// what is there at construction is there again after destruction. In between, no pixel buffer, sampler or array object
+/// of the host is bound.
 class GLStateKeeper
 {
 public:

@@ -13,15 +13,22 @@
 #include <SkSurface.h>
 #include <gl/GrGLInterface.h>
 
+#include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace vx
 {
 CPB_Rect PlaceByPins(const VXObject2D& item, int width, int height, const OverlayFrame& frame)
 {
-    const auto place = [](int pin, int room) { return pin == 0 ? 0 : pin == 1 ? room / 2 : room; };
-    const int x = place(item.PinX(), frame.width - width) + item.OffsetX();
-    const int y = place(item.PinY(), frame.height - height) + item.OffsetY();
+    static constexpr std::int64_t kFar = 1 << 24; // outside of any picture
+    const auto place = [](int pin, int room, int offset)
+    {
+        const std::int64_t anchor = pin == 0 ? 0 : pin == 1 ? room / 2 : room;
+        return int(std::clamp(anchor + offset, -kFar, kFar));
+    };
+    const int x = place(item.PinX(), frame.width - width, item.OffsetX());
+    const int y = place(item.PinY(), frame.height - height, item.OffsetY());
     return {x, y, x + width, y + height};
 }
 
@@ -102,6 +109,26 @@ void OverlayPainter::Impl::Lend(VXSkiaObject2D& item) const
     item.SetHeight(height);
 }
 
+bool OverlayPainter::Draws(const VXObject2D& item) { return dynamic_cast<const VXSkiaObject2D*>(&item) != nullptr; }
+
+// Items share the canvas: what one leaves on it is taken back before the next.
+static bool DrawOn(SkCanvas& canvas, VXSkiaObject2D& item)
+{
+    const int depth = canvas.save();
+    bool drawn = true;
+    try
+    {
+        item.Draw();
+    }
+    catch (const std::bad_alloc&)
+    {
+        drawn = false;
+    }
+    canvas.restoreToCount(depth);
+    canvas.flush();
+    return drawn;
+}
+
 bool OverlayPainter::Draw(VXObject2D& object, const OverlayFrame& frame)
 {
     VXSkiaObject2D* const item = dynamic_cast<VXSkiaObject2D*>(&object);
@@ -115,9 +142,8 @@ bool OverlayPainter::Draw(VXObject2D& object, const OverlayFrame& frame)
         overlay->SetFrame(frame);
     item->PrepareForDrawing(frame.viewWidth, frame.viewHeight);
     glBindFramebuffer(GL_FRAMEBUFFER, GLuint(mImpl->framebuffer)); // preparing binds the window's
-    item->Draw();
-    mImpl->surface->getCanvas()->flush();
+    const bool drawn = DrawOn(*mImpl->surface->getCanvas(), *item);
     item->EndDrawing(frame.viewWidth, frame.viewHeight);
-    return true;
+    return drawn;
 }
 } // namespace vx

@@ -19,7 +19,6 @@ struct OverlayFrame
     const VXScene* scene = nullptr;
     Mat44 camera;                      ///< world to view
     int width = 1, height = 1;         ///< of the whole picture, in pixels of it
-    std::int64_t drawCalls = 0;        ///< of this frame up to here
     float milliseconds = 0;            ///< that the frame before took; 0 when that is not known
     int viewWidth = 1, viewHeight = 1; ///< of the viewport, in device pixels
     float scale = 1;                   ///< device pixels for one of the picture
@@ -41,8 +40,9 @@ public:
     OverlayPainter(const OverlayPainter&) = delete;
     OverlayPainter& operator=(const OverlayPainter&) = delete;
 
-    /// Prepares, draws and ends an item that draws with Skia.
-    /// @return false for an item of another kind, and where Skia cannot be set up: nothing was done then
+    static bool Draws(const VXObject2D& item); ///< it draws with Skia
+    /// Prepares, draws and ends such an item.
+    /// @return false, with nothing done, where Skia cannot be set up; or the item failed for lack of memory
     bool Draw(VXObject2D& item, const OverlayFrame& frame);
 
 private:

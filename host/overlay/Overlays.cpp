@@ -1,5 +1,6 @@
 #include "host/overlay/Overlays.h"
 
+#include "base/BText.h"
 #include "base/CPB_Offscreen.h"
 #include "draw/VXObject2D.h"
 #include "engine/VXObject.h"
@@ -309,6 +310,11 @@ std::unique_ptr<VXObject2D> MakeOverlay(const OverlaySpec& spec, BString& proble
     case OverlayKind::Stats:
         return std::make_unique<StatsOverlay>();
     case OverlayKind::Title:
+        if (BArray<std::uint32_t> letters; ConvertUTF8toUTF32(spec.text.CString(), spec.text.Length(), letters) < 0)
+        {
+            problem = "the title is no UTF-8 text";
+            return nullptr;
+        }
         return std::make_unique<TitleOverlay>(spec.text);
     case OverlayKind::Axes:
         return std::make_unique<AxesOverlay>();

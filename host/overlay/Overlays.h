@@ -33,6 +33,6 @@ struct OverlaySpec
 /// False in a build without Skia: MakeOverlay then always fails.
 VELMAR_HOST_EXPORT bool HaveOverlays();
 
-/// Makes the 2D object of a specification, to be added to a scene. @return null with the reason in `problem`
+/// Makes the 2D object that `spec` asks for, to be added to a scene. @return null with the reason in `problem`
 VELMAR_HOST_EXPORT std::unique_ptr<VXObject2D> MakeOverlay(const OverlaySpec& spec, BString& problem);
 } // namespace vx

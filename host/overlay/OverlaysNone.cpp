@@ -9,6 +9,7 @@ struct OverlayPainter::Impl
 };
 OverlayPainter::OverlayPainter() = default;
 OverlayPainter::~OverlayPainter() = default;
+bool OverlayPainter::Draws(const VXObject2D&) { return false; }
 bool OverlayPainter::Draw(VXObject2D&, const OverlayFrame&) { return false; }
 
 bool HaveOverlays() { return false; }

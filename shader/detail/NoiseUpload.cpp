@@ -1,22 +1,12 @@
 #include "shader/detail/NoiseUpload.h"
 
+#include "draw/detail/LoadGL.h"
+
 #include <GL/glew.h>
 
 namespace vx
 {
-// What glewInit answers is not looked at: built for GLX, it reports failure under EGL and Wayland after it has loaded
-// every function. The function itself is the test.
-void LoadVolumeFunctions()
-{
-    if (glTexImage3D)
-        return;
-    glewExperimental = GL_TRUE;
-    glewInit();
-    constexpr int kMostErrors = 16; // without a context there may be no end of them
-    for (int i = 0; i < kMostErrors && glGetError() != GL_NO_ERROR; ++i)
-    {
-    }
-}
+void LoadVolumeFunctions() { LoadGLFunctions(); }
 
 void UploadNoiseVolume(std::uint32_t texture, int width, int height, int depth, const std::uint8_t* bytes)
 {

@@ -184,8 +184,9 @@ std::map<std::string, std::vector<double>> StateOfGL()
     for (int i = 0; i < 16; ++i)
     {
         glActiveTexture(GLenum(GL_TEXTURE0 + i));
-        for (const GLenum what : {GL_TEXTURE_BINDING_2D, GL_TEXTURE_BINDING_3D, GL_TEXTURE_BINDING_CUBE_MAP,
-                                  GL_TEXTURE_BINDING_BUFFER, GL_TEXTURE_BINDING_RECTANGLE, GL_SAMPLER_BINDING})
+        for (const GLenum what :
+             {GL_TEXTURE_BINDING_1D, GL_TEXTURE_BINDING_2D, GL_TEXTURE_BINDING_3D, GL_TEXTURE_BINDING_CUBE_MAP,
+              GL_TEXTURE_BINDING_2D_ARRAY, GL_TEXTURE_BINDING_BUFFER, GL_TEXTURE_BINDING_RECTANGLE, GL_SAMPLER_BINDING})
         {
             GLint bound = 0;
             glGetIntegerv(what, &bound);
@@ -223,35 +224,93 @@ TEST_F(Overlays, StandAtTheirPinsAndLeaveTheRestOfThePictureAlone)
             << int(row.spec.kind) << ": " << changed.x1 << " " << changed.y1 << " " << changed.x2 << " " << changed.y2;
     }
     EXPECT_EQ(Changed(*bare, *Drawn({})).x2, 0) << "gone again";
-    // At four times the samples, twice the size, and in tiles: the same places.
+    // With 16 samples, drawn at twice the size: the same place.
     PreviewOptions options = Small();
     options.samples = 16;
-    const PicturePtr fine = Drawn({}, options), marked = Drawn({kAll[2]}, options);
-    const CPB_Rect changed = Changed(*fine, *marked);
-    EXPECT_TRUE(changed.x1 >= 16 && changed.y1 >= 88 && changed.x2 <= 112 && changed.y2 <= 184);
+    CPB_Rect changed = Changed(*Drawn({}, options), *Drawn({kAll[2]}, options));
+    EXPECT_TRUE(changed.x1 >= 16 && changed.y1 >= 88 && changed.x2 <= 112 && changed.y2 <= 184 && changed.x2 > 90);
+    // Across the border of two tiles, at 2048: all of the words.
     options = Small();
-    options.width = 2200; // two tiles
-    EXPECT_GE(Changed(*Drawn({}, options), *Drawn({{OverlayKind::Title, "In two tiles"}}, options)).x1, 900);
+    options.width = 4096;
+    changed = Changed(*Drawn({}, options), *Drawn({{OverlayKind::Title, "In two tiles"}}, options));
+    EXPECT_TRUE(changed.x1 > 1950 && changed.x1 < 2040 && changed.x2 > 2056 && changed.x2 < 2146);
+    EXPECT_NEAR(changed.x1 + changed.x2, 4096, 4);
 }
+
+namespace
+{
+using State = std::map<std::string, std::vector<double>>;
+
+/// Writes the state down where it stands in the scene's list. The first of two leaves nothing at its default.
+class Probe : public VXObject2D
+{
+public:
+    Probe(State& state, bool first) : mState(state), mFirst(first) {}
+    void Draw() override
+    {
+        static GLuint buffers[4], texture, sampler, framebuffer;
+        if (mFirst)
+        {
+            glGenBuffers(4, buffers);
+            glGenTextures(1, &texture);
+            glGenSamplers(1, &sampler);
+            glGenFramebuffers(1, &framebuffer);
+            for (int i = 0; i < 4; ++i)
+                glBindBuffer(kTargets[i], buffers[i]);
+            glBindSampler(2, sampler);
+            glActiveTexture(GL_TEXTURE3);
+            glBindTexture(GL_TEXTURE_3D, texture);
+            glPixelStorei(GL_UNPACK_ROW_LENGTH, 7);
+            glEnable(GL_SCISSOR_TEST);
+            glScissor(1, 2, 3, 4);
+            glEnable(GL_STENCIL_TEST);
+            glStencilFunc(GL_GREATER, 5, 6);
+            glBlendColor(0.1f, 0.2f, 0.3f, 0.4f);
+            glColorMask(GL_TRUE, GL_FALSE, GL_TRUE, GL_FALSE);
+            glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer);
+        }
+        mState = StateOfGL();
+        if (mFirst)
+            return;
+        for (const GLenum target : kTargets)
+            glBindBuffer(target, 0);
+        glBindSampler(2, 0);
+        glBindTexture(GL_TEXTURE_3D, 0);
+        glActiveTexture(GL_TEXTURE0);
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+        glDeleteBuffers(4, buffers);
+        glDeleteTextures(1, &texture);
+        glDeleteSamplers(1, &sampler);
+        glDeleteFramebuffers(1, &framebuffer);
+    }
+
+private:
+    static constexpr GLenum kTargets[] = {GL_ARRAY_BUFFER, GL_PIXEL_UNPACK_BUFFER, GL_UNIFORM_BUFFER,
+                                          GL_TEXTURE_BUFFER};
+    State& mState;
+    bool mFirst;
+};
+} // namespace
 
 TEST_F(Overlays, LeaveOpenGLAsItWas)
 {
-    PreviewOptions options = Small();
-    preview.Render(options);
-    const View view = preview.FitToScene(options);
-    options.overlays = {kAll[0], kAll[1], kAll[2]};
+    State before, after;
+    preview.Scene().AddObject2D(new Probe(before, true));
+    for (const OverlaySpec& spec : kAll)
+    {
+        BString problem;
+        preview.Scene().AddObject2D(MakeOverlay(spec, problem).release());
+    }
+    preview.Scene().AddObject2D(new Probe(after, false));
     for (int i = 0; i < 2; ++i) // the first frame makes what later ones use
     {
-        glPixelStorei(GL_UNPACK_ROW_LENGTH, 7);
-        glEnable(GL_SCISSOR_TEST);
-        const auto before = StateOfGL();
-        ASSERT_TRUE(preview.DrawFrame(options, view)) << preview.Error().CString();
-        const auto after = StateOfGL();
+        Drawn({});
+        ASSERT_FALSE(before.empty());
         for (const auto& [name, values] : before)
             EXPECT_EQ(values, after.at(name)) << name;
-        glDisable(GL_SCISSOR_TEST);
-        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
     }
+    EXPECT_NE(before["GL_VERTEX_ARRAY_BINDING"][0], 0);
+    EXPECT_NE(before["GL_READ_FRAMEBUFFER_BINDING"], before["GL_DRAW_FRAMEBUFFER_BINDING"]);
     EXPECT_EQ(PendingGLErrors(), "");
 }
 
@@ -275,6 +334,10 @@ TEST_F(Overlays, ThatCannotBeMadeKeepTheOldOnes)
     Drawn({kAll[1]});
     PreviewOptions options = Small();
     options.overlays = {{OverlayKind::Stats, ""}, {OverlayKind::Logo, "no-such.png"}};
+    EXPECT_FALSE(preview.Render(options));
+    options.overlays = {{OverlayKind::Title, "\xF0"}};
+    EXPECT_FALSE(preview.Render(options)) << "no UTF-8";
+    options.overlays = {{OverlayKind::Logo, "no-such.png"}};
     EXPECT_FALSE(preview.Render(options));
     EXPECT_TRUE(preview.Error().Find("no-such.png") >= 0) << preview.Error().CString();
     EXPECT_EQ(preview.Scene().NumObject2Ds(), 1);
@@ -357,8 +420,8 @@ TEST_F(SkiaObject, ReleasesEachReferenceOnce)
     VXSkiaObject2D item;
     item.PrepareForDrawing(kSide, kSide);
     item.EndDrawing(kSide, kSide);
-    const sk_sp<SkSurface> surface = sk_ref_sp(item.SkiaSurface());
-    const sk_sp<GrContext> context_ = sk_ref_sp(item.CurContext());
+    sk_sp<SkSurface> surface = sk_ref_sp(item.SkiaSurface());
+    sk_sp<GrContext> context_ = sk_ref_sp(item.CurContext());
     const sk_sp<const GrGLInterface> interface = sk_ref_sp(item.GlInterface());
     ASSERT_TRUE(surface && context_ && interface && item.RenderTarget());
     item.PrepareForDrawing(kSide, kSide);
@@ -376,6 +439,10 @@ TEST_F(SkiaObject, ReleasesEachReferenceOnce)
     item.ClearSkia();
     EXPECT_TRUE(second->unique());
     EXPECT_TRUE(!item.SkiaCanvas() && !item.CurContext() && !item.RenderTarget() && !item.GlInterface());
+    surface.reset();
+    EXPECT_TRUE(context_->unique());
+    context_.reset();
+    EXPECT_TRUE(interface->unique());
 }
 
 TEST_F(SkiaObject, DrawsNothingWhereThereIsNothingToDrawOn)
