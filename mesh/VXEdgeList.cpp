@@ -3,6 +3,9 @@
 #include "mesh/kernel/Edges.h"
 
 #include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
 
 // --- Filling
 
@@ -91,6 +94,48 @@ bool VXEdgeList::Build(const GEOM& geom, const std::int32_t* sets, Kinds* kinds)
     mNumLinks = std::int32_t(mLinks.Count());
     if (kinds)
         *kinds = {scratch.lines, scratch.points};
+    return true;
+}
+
+bool VXEdgeList::BeginParts(std::int64_t numVerts, std::int64_t numEdges)
+{
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    Begin(0);
+    if (numVerts <= kMost && 2 * numEdges <= kMost && mFirstLink.Reserve(numVerts) && mLinks.Reserve(2 * numEdges) &&
+        mEdges.Reserve(numEdges))
+        return true;
+    Begin(0);
+    return false;
+}
+
+bool VXEdgeList::AppendPart(const VXEdgeList& part, std::int32_t firstPoly)
+{
+    const std::int32_t firstVert = GetVertexLinkCount(), firstEdge = GetEdgeCount(), firstLink = mNumLinks;
+    const auto moved = [](std::int32_t index, std::int32_t by) { return index < 0 ? index : index + by; };
+    std::int32_t* const heads = mFirstLink.AppendRaw(part.mFirstLink.Count());
+    VXVertexLink* const links = mLinks.AppendRaw(part.mLinks.Count());
+    VXEdge* const edges = mEdges.AppendRaw(part.mEdges.Count());
+    if ((!heads && part.mFirstLink.Count() > 0) || ((!links || !edges) && part.mEdges.Count() > 0))
+    {
+        if (edges) // raw storage, which nothing may destroy
+            std::uninitialized_default_construct_n(edges, part.mEdges.Count());
+        Begin(0);
+        return false;
+    }
+    for (std::int64_t v = 0; v < part.mFirstLink.Count(); ++v)
+        heads[v] = moved(part.mFirstLink[v], firstLink);
+    for (std::int64_t l = 0; l < part.mLinks.Count(); ++l)
+        links[l] = {part.mLinks[l].edge + firstEdge, moved(part.mLinks[l].next, firstLink)};
+    for (std::int64_t e = 0; e < part.mEdges.Count(); ++e)
+    {
+        VXEdge* const edge = ::new (static_cast<void*>(edges + e)) VXEdge(part.mEdges[e]);
+        edge->SetPolyIndex1(moved(edge->PolyIndex1(), firstPoly));
+        edge->SetPolyIndex2(moved(edge->PolyIndex2(), firstPoly));
+        edge->SetVertIndex1(edge->VertIndex1() + firstVert);
+        edge->SetVertIndex2(edge->VertIndex2() + firstVert);
+        edge->SetEdgeIndex(edge->EdgeIndex() + firstEdge);
+    }
+    mNumLinks += part.mNumLinks;
     return true;
 }
 

@@ -45,6 +45,16 @@ public:
     /// @return false when memory ran out; the list is then empty
     bool Build(const GEOM& geom, const std::int32_t* sets = nullptr, Kinds* kinds = nullptr);
 
+    /// Starts over for a mesh put together of parts that share no vertices, with room for so many in all. False when
+    /// memory ran out or they are too many for 32 bits; the list is then empty.
+    bool BeginParts(std::int64_t numVerts, std::int64_t numEdges);
+
+    /// Appends the edges of a part whose vertices follow those that are there already. After all parts, in the order of
+    /// their polygons, the list is the same as Build makes it of the whole. Crease data are copied as they are.
+    /// @param firstPoly what the part's polygon 0 is in the whole
+    /// @return false when memory ran out; the list is then empty
+    bool AppendPart(const VXEdgeList& part, std::int32_t firstPoly);
+
     // --- Reading
     std::int32_t GetEdgeCount() const { return std::int32_t(mEdges.Count()); }
     VXEdge& GetEdge(std::int32_t i) { return mEdges.Data()[i]; } ///< unchecked

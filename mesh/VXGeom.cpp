@@ -33,10 +33,19 @@ int VXGeom::SetGeom(GEOM* geom, bool copy)
     if (!copy && geom == mGeom)
         return 0;
 
-    DropDerived();
+    DropDerived(); // before a copy takes its memory
     DropEdges();
     // The record to copy may be the one that is held, so that one is freed last.
-    GEOM* const taken = copy && geom ? GEOM_Copy(geom, 2) : geom;
+    Hold(copy && geom ? GEOM_Copy(geom, 2) : geom, !copy);
+    if (!mGeom)
+        return geom ? -1 : 0;
+    return RebuildLists() ? 0 : -1;
+}
+
+void VXGeom::Hold(GEOM* geom, bool shared)
+{
+    DropDerived();
+    DropEdges();
     if (!UseExternalNormals())
     {
         MEM_Release(mVertNormals);
@@ -47,11 +56,8 @@ int VXGeom::SetGeom(GEOM* geom, bool copy)
     PutVertsBack();
     if (!mGeomShared)
         GEOM_Free(mGeom);
-    mGeom = taken;
-    mGeomShared = !copy;
-    if (!mGeom)
-        return geom ? -1 : 0;
-    return RebuildLists() ? 0 : -1;
+    mGeom = geom;
+    mGeomShared = shared;
 }
 
 bool VXGeom::RebuildLists()

@@ -434,9 +434,9 @@ public:
     /// a size that is 0 or not finite, and a face without outline sizes; what the font lacks is its missing glyph.
     /// @param slot  out, may be null: the face's glyph slot, for advance and bearings; null when nothing could be built
     void BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_GlyphSlot* slot, const char* material);
-    /// The mesh of a text with line breaks (CR, LF or both) and kerning, edges and normals included. Each glyph is
-    /// tessellated once, so a page costs little more than its distinct glyphs. Without polygons where BuildCharGlyph
-    /// builds none; emptied when the text is not UTF-8.
+    /// The mesh of a text with line breaks (CR, LF or both) and kerning, edges and normals included; flat as it is, it
+    /// has no creases. Each glyph is tessellated once, so a page costs little more than its distinct glyphs. Without
+    /// polygons where BuildCharGlyph builds none; emptied when the text is not UTF-8 or memory ran out.
     /// @param twoSided   with a copy that faces the other way, 0.0001 behind
     /// @param leftAlign  the mesh starts at x = 0 instead of the first glyph's origin
     /// @param glyphEnds  out, may be null: for each glyph in order the number of front polygons up to its end
@@ -465,7 +465,7 @@ private:
     std::size_t SubdivMemoryUsed() const;
     bool FillSortedData(); // false when memory ran out
     void RefreshSilhouetteFlags();
-    void PutVertsBack();   // ends the stand-in of a temporary vertex array
+    void PutVertsBack(); // ends the stand-in of a temporary vertex array
     /// The host's array takes the place of what was held; that is freed when it is ours.
     template <class T>
     static void Lend(T*& held, T*& lent, T* hostArray)
@@ -475,6 +475,7 @@ private:
         held = lent = hostArray;
     }
     /// One array of the snapshot: ours, or the host's.
+    void Hold(GEOM* geom, bool shared); // instead of what was held, with nothing derived
     struct Snapshot
     {
         VERTEX* array = nullptr;
@@ -556,7 +557,7 @@ private:
     static int smGenCreaseMethod;
 #ifdef VELMAR_WITH_TEXT
     void EmptyForText();
-    bool TakeText(GEOM* record, const char* material);
+    bool TakeText(GEOM* record, const char* material, VXEdgeList& edges, int sides);
 
     static FT_Library* smFTLibrary; ///< a cell of its own; null when FreeType is not set up
     static bool smUnscaledKerning;

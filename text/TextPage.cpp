@@ -45,14 +45,10 @@ public:
     const BArray<PlacedGlyph>& Glyphs() const { return mGlyphs; }
 
 private:
-    // Room that layout may add to each advance and to each line, as a share of it; there is none.
-    static constexpr float kExtra = 0.0f;
-    static std::int64_t WithExtra(std::int64_t units) { return units + int(float(units) * kExtra + 0.5f); }
-
     void BreakLine()
     {
         mPenX = 0;
-        mPenY -= WithExtra(mFace->height);
+        mPenY -= mFace->height;
         mPrevious = 0;
     }
     bool Place(FT_UInt glyph)
@@ -60,7 +56,7 @@ private:
         FT_Vector kerning{0, 0};
         const FT_UInt mode = mUnscaled ? FT_KERNING_UNSCALED : FT_KERNING_DEFAULT;
         if (mKerns && mPrevious && glyph && FT_Get_Kerning(mFace, mPrevious, glyph, mode, &kerning) == 0)
-            mPenX += WithExtra(kerning.x);
+            mPenX += kerning.x;
         const std::int32_t shape = mShapes.Find(glyph);
         if (shape < 0 || !mGlyphs.Append({shape, mPenX, mPenY}))
             return false;
@@ -76,9 +72,63 @@ private:
     FT_UInt mPrevious = 0;
     bool mKerns, mUnscaled;
 };
+
+// A record for triangles, its entries yet to be written. Null when memory ran out or 32 bits are too few.
+PagePtr RecordFor(std::int64_t verts, std::int64_t polys)
+{
+    PagePtr record(GEOM_Alloc());
+    if (!record || std::max(verts, 3 * polys) > std::numeric_limits<std::int32_t>::max())
+        return nullptr;
+    // Arrays that have their size already are not cleared by SetSize.
+    record->verts = MEM_AllocArray<VERTEX>(std::size_t(verts));
+    record->sets = MEM_AllocArray<std::int32_t>(std::size_t(3 * polys));
+    record->polys = MEM_AllocArray<std::uint8_t>(std::size_t(polys * record->PolyStride()));
+    if (!record->verts || !record->sets || !record->polys ||
+        record->SetSize(int(polys), int(verts), int(3 * polys), 0, 0, 0) != 0)
+        return nullptr;
+    return record;
+}
+
+bool BuildEdges(const GlyphShapes& shapes, const GlyphShape& shape, VXEdgeList& edges)
+{
+    const PagePtr alone = RecordFor(shape.numVerts, shape.numPolys);
+    if (!alone)
+        return false;
+    GlyphCursor at;
+    shapes.Write(shape, 0, 0, *alone, at);
+    return edges.Build(*alone);
+}
+
+// Glyphs share no vertices, and edges are numbered as polygons walk them: those of a page are those of its glyphs, one
+// glyph after the other. False when memory ran out.
+bool WriteEdges(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, int sides, VXEdgeList& list)
+{
+    BArray<VXEdgeList> parts;
+    if (!parts.SetCount(shapes.Count()))
+        return false;
+    for (std::int32_t i = 0; i < shapes.Count(); ++i)
+        if (!BuildEdges(shapes, shapes[i], parts[i]))
+            return false;
+    std::int64_t verts = 0, edges = 0;
+    for (const PlacedGlyph& glyph : glyphs)
+    {
+        verts += parts[glyph.shape].GetVertexLinkCount();
+        edges += parts[glyph.shape].GetEdgeCount();
+    }
+    if (!list.BeginParts(sides * verts, sides * edges))
+        return false;
+    std::int32_t firstPoly = 0;
+    for (int side = 0; side < sides; ++side)
+        for (const PlacedGlyph& glyph : glyphs)
+        {
+            if (!list.AppendPart(parts[glyph.shape], firstPoly))
+                return false;
+            firstPoly += shapes[glyph.shape].numPolys;
+        }
+    return true;
+}
 } // namespace
 
-// Null when memory ran out or 32 bits are too few.
 static PagePtr WriteGlyphs(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, const GlyphScale& scale,
                            BArray<std::int32_t>* ends)
 {
@@ -88,15 +138,8 @@ static PagePtr WriteGlyphs(const BArray<PlacedGlyph>& glyphs, const GlyphShapes&
         verts += shapes[glyph.shape].numVerts;
         polys += shapes[glyph.shape].numPolys;
     }
-    PagePtr record(GEOM_Alloc());
-    if (!record || std::max(verts, 3 * polys) > std::numeric_limits<std::int32_t>::max())
-        return nullptr;
-    // Arrays that have their size already are not cleared by SetSize; every entry is written below.
-    record->verts = MEM_AllocArray<VERTEX>(std::size_t(verts));
-    record->sets = MEM_AllocArray<std::int32_t>(std::size_t(3 * polys));
-    record->polys = MEM_AllocArray<std::uint8_t>(std::size_t(polys * record->PolyStride()));
-    if (!record->verts || !record->sets || !record->polys ||
-        record->SetSize(int(polys), int(verts), int(3 * polys), 0, 0, 0) != 0)
+    PagePtr record = RecordFor(verts, polys);
+    if (!record)
         return nullptr;
     GlyphCursor at;
     for (const PlacedGlyph& glyph : glyphs)
@@ -110,11 +153,16 @@ static PagePtr WriteGlyphs(const BArray<PlacedGlyph>& glyphs, const GlyphShapes&
 }
 
 PagePtr WriteTextPage(const BArray<std::uint32_t>& codes, FT_Face face, float size, bool unscaledKerning,
-                      BArray<std::int32_t>* ends)
+                      BArray<std::int32_t>* ends, TextEdges* edges)
 {
     const GlyphScale scale(face, size); // first, as it sizes the face that kerning goes by
     GlyphShapes shapes(face, scale);
     Typesetter text(face, shapes, unscaledKerning);
-    return text.Set(codes) ? WriteGlyphs(text.Glyphs(), shapes, scale, ends) : nullptr;
+    if (!text.Set(codes))
+        return nullptr;
+    PagePtr record = WriteGlyphs(text.Glyphs(), shapes, scale, ends);
+    if (record && edges && !WriteEdges(text.Glyphs(), shapes, edges->sides, edges->list))
+        return nullptr;
+    return record;
 }
 } // namespace vx

@@ -4,7 +4,9 @@
 #include "text/detail/GlyphShapes.h"
 #include "text/detail/TextPage.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 using namespace vx;
 
@@ -35,6 +37,18 @@ static PagePtr WithBack(GEOM& front, const float pivot[3])
     return PagePtr(GEOM_CreateUniMesh(sides, 2));
 }
 
+// The front's first. False when memory ran out.
+static bool NormalsOfSides(std::int32_t count, int sides, VERTEX*& normals)
+{
+    normals = MEM_AllocArray<VERTEX>(std::size_t(count));
+    if (!normals)
+        return false;
+    std::fill_n(normals, count, VERTEX{0, 0, 1});
+    for (std::int32_t i = count / sides; i < count; ++i)
+        normals[i].z = -1;
+    return true;
+}
+
 // --- In the wrapper
 
 // A record that is borrowed is the host's: it is forgotten, not emptied.
@@ -45,25 +59,43 @@ void VXGeom::EmptyForText()
     Empty();
 }
 
-// Takes the record, with edges and normals.
-bool VXGeom::TakeText(GEOM* record, const char* material)
+// Takes the record, the edges and the normals of a text, or nothing when memory ran out. The normals are those of the
+// plane: slivers, of which rounding leaves nothing to compute them from, would get creases all around.
+bool VXGeom::TakeText(GEOM* record, const char* material, VXEdgeList& edges, int sides)
 {
-    if (!record || GEOM_AddMaterialName(record, material ? material : "") < 0)
+    vx::PagePtr taken(record);
+    VERTEX* normals[2] = {nullptr, nullptr};
+    if (!taken || GEOM_AddMaterialName(record, material) < 0 || GEOM_VerifyAndFix(record) != 0 ||
+        (!UseExternalNormals() &&
+         !(NormalsOfSides(record->numPolys, sides, normals[0]) && NormalsOfSides(record->numVerts, sides, normals[1]))))
     {
-        GEOM_Free(record);
+        MEM_Free(normals[0]);
         return false;
     }
-    ClearSortedData();
+    Hold(taken.release(), false);
     SetFlag(GeomFlag::TransparentParts, false);
-    const int status = SetGeom(record, false);
-    mGeomShared = false; // nobody else knows this record
-    return status == 0;
+    SetIncludesLines(false);
+    SetIncludesPoints(false);
+    mEdgeList = std::move(edges);
+    if (!UseExternalNormals())
+    {
+        mPolyNormals = normals[0];
+        mVertNormals = normals[1];
+    }
+    if (GenerateCreases())
+    {
+        for (std::int32_t e = 0; e < mEdgeList.GetEdgeCount(); ++e)
+            mEdgeList.GetEdge(e).SetSmoothEdge(true);
+        SetEdgesClassified(true);
+    }
+    return true;
 }
 
 void VXGeom::BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_GlyphSlot* slot, const char* material)
 {
     if (slot)
         *slot = nullptr;
+    const BString name(material ? material : ""); // it may lie in what is emptied
     EmptyForText();
     const FT_Face opened = OpenedFace(face);
     if (!opened)
@@ -83,7 +115,7 @@ void VXGeom::BuildCharGlyph(unsigned int code, VXFTFace* face, float size, FT_Gl
         GlyphCursor at;
         shapes.Write(shape, 0, 0, *mGeom, at);
     }
-    GEOM_AddMaterialName(mGeom, material ? material : "");
+    GEOM_AddMaterialName(mGeom, name.CString());
     GEOM_VerifyAndFix(mGeom);
 }
 
@@ -95,13 +127,18 @@ void VXGeom::BuildStrGlyphs(const char* utf8, VXFTFace* face, float size, const 
     const FT_Face opened = OpenedFace(face);
     if (!opened)
         return;
-    EmptyForText();
+    // What is emptied may hold both of these.
+    const BString name(material ? material : "");
     BArray<std::uint32_t> codes;
     const std::int64_t bytes = utf8 ? std::int64_t(std::strlen(utf8)) : 0;
-    if (bytes > 0 && ConvertUTF8toUTF32(utf8, bytes, codes) < 0)
+    const bool legal = bytes == 0 || ConvertUTF8toUTF32(utf8, bytes, codes) >= 0;
+    EmptyForText();
+    if (!legal)
         return;
 
-    PagePtr record = WriteTextPage(codes, opened, size, smUnscaledKerning, glyphEnds);
+    TextEdges edges;
+    edges.sides = twoSided ? 2 : 1;
+    PagePtr record = WriteTextPage(codes, opened, size, smUnscaledKerning, glyphEnds, &edges);
     if (!record)
         return;
     // Taken once and before anything moves, so that the back turns about where the centre was.
@@ -111,5 +148,5 @@ void VXGeom::BuildStrGlyphs(const char* utf8, VXFTFace* face, float size, const 
         GEOM_Offset(record.get(), -stats[0], 0, 0);
     if (twoSided)
         record = WithBack(*record, stats + 6);
-    TakeText(record.release(), material);
+    TakeText(record.release(), name.CString(), edges.list, edges.sides);
 }

@@ -65,6 +65,7 @@ public:
     /// Right after the first call for an index, the face's slot holds that glyph. @return an index, -1 when memory ran
     /// out
     std::int32_t Find(FT_UInt glyph);
+    std::int32_t Count() const { return std::int32_t(mShapes.Count()); }
     const GlyphShape& operator[](std::int32_t shape) const { return mShapes[shape]; }
 
     /// Writes a glyph's vertices, moved by (dx, dy), and polygons into a record without groups that has room for them.

@@ -3,6 +3,7 @@
 
 #include "base/BArray.h"
 #include "base/GEOM.h"
+#include "mesh/VXEdgeList.h"
 #include "text/detail/FreeType.h"
 
 #include <cstdint>
@@ -16,11 +17,19 @@ struct GeomFreer
 };
 using PagePtr = std::unique_ptr<GEOM, GeomFreer>;
 
+/// The edges of a text that is to be made.
+struct TextEdges
+{
+    VXEdgeList list;
+    int sides = 1; ///< 2: the list covers a second copy of the record as well, whose vertices and polygons follow
+};
+
 /// A text as one record of triangles, its glyphs in the order of the text, each tessellated once. Lines end with CR, LF
 /// or both. No polygons where the size or the face allows none; see VXGeom::BuildStrGlyphs for the rest.
 /// @param unscaledKerning  see VXGeom::SetUnscaledKerning
-/// @param ends out, may be null: for each glyph the number of polygons up to its end
+/// @param ends  out, may be null: for each glyph the number of polygons up to its end
+/// @param edges out, may be null: what VXEdgeList::Build makes of the record, put together of the glyphs' edges
 /// @return null when memory ran out or the page is more than 32 bits can count
 PagePtr WriteTextPage(const BArray<std::uint32_t>& codes, FT_Face face, float size, bool unscaledKerning,
-                      BArray<std::int32_t>* ends);
+                      BArray<std::int32_t>* ends, TextEdges* edges);
 } // namespace vx
