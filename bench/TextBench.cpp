@@ -6,10 +6,10 @@
 #include "host/window/OffscreenContext.h"
 #include "mesh/VXGeom.h"
 #include "text/VXFTFace.h"
+#include "text/detail/Glu.h"
 #include "text/detail/TextPage.h"
 
 #include <FTGL/ftgl.h>
-#include <GL/glu.h>
 #include <benchmark/benchmark.h>
 
 #include <set>
@@ -63,7 +63,7 @@ void VelmarMesh(benchmark::State& state)
     ConvertUTF8toUTF32(Page().data(), std::int64_t(Page().size()), codes);
     for (auto _ : state)
     {
-        const vx::PagePtr page = vx::WriteTextPage(codes, face, 1, false, nullptr);
+        const vx::PagePtr page = vx::WriteTextPage(codes, face, 1, false, nullptr, nullptr);
         benchmark::DoNotOptimize(page->verts);
     }
 }
@@ -111,10 +111,10 @@ struct Bare
     }
     static int Cubic(const FT_Vector*, const FT_Vector*, const FT_Vector*, void*) { return 1; } // not in this font
 
-    static void Begin(GLenum, void*) {}
-    static void Vertex(void*, void* user) { ++static_cast<Bare*>(user)->given; }
-    static void End(void*) {}
-    static void Combine(GLdouble at[3], void* [4], GLfloat[4], void** out, void* user)
+    static void VELMAR_GLU_CALL Begin(GLenum, void*) {}
+    static void VELMAR_GLU_CALL Vertex(void*, void* user) { ++static_cast<Bare*>(user)->given; }
+    static void VELMAR_GLU_CALL End(void*) {}
+    static void VELMAR_GLU_CALL Combine(GLdouble at[3], void* [4], GLfloat[4], void** out, void* user)
     {
         Point* const point = new Point{{at[0], at[1], 0}};
         static_cast<Bare*>(user)->crossings.push_back(point);
@@ -153,10 +153,10 @@ void FreeTypeAndGlu(benchmark::State& state)
         if (c != '\n')
             glyphs.insert(FT_Get_Char_Index(face, FT_ULong(c)));
     GLUtesselator* const tess = gluNewTess();
-    gluTessCallback(tess, GLU_TESS_BEGIN_DATA, reinterpret_cast<_GLUfuncptr>(Bare::Begin));
-    gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<_GLUfuncptr>(Bare::Vertex));
-    gluTessCallback(tess, GLU_TESS_END_DATA, reinterpret_cast<_GLUfuncptr>(Bare::End));
-    gluTessCallback(tess, GLU_TESS_COMBINE_DATA, reinterpret_cast<_GLUfuncptr>(Bare::Combine));
+    gluTessCallback(tess, GLU_TESS_BEGIN_DATA, reinterpret_cast<vx::GluCall>(Bare::Begin));
+    gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<vx::GluCall>(Bare::Vertex));
+    gluTessCallback(tess, GLU_TESS_END_DATA, reinterpret_cast<vx::GluCall>(Bare::End));
+    gluTessCallback(tess, GLU_TESS_COMBINE_DATA, reinterpret_cast<vx::GluCall>(Bare::Combine));
     gluTessProperty(tess, GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_NONZERO);
     gluTessNormal(tess, 0, 0, 1);
     for (auto _ : state)

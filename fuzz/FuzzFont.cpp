@@ -9,6 +9,7 @@
 #include <fstream>
 #include <random>
 #include <string>
+#include <system_error>
 
 static void Require(bool condition, const char* what)
 {
@@ -18,11 +19,23 @@ static void Require(bool condition, const char* what)
     std::abort();
 }
 
+/// A file of this process, gone with it.
+struct Scratch
+{
+    const std::string path =
+        (std::filesystem::temp_directory_path() / ("velmar-fuzz-" + std::to_string(std::random_device()()))).string();
+
+    ~Scratch()
+    {
+        std::error_code gone;
+        std::filesystem::remove(path, gone);
+    }
+};
+
 static const std::string& ScratchPath()
 {
-    static const std::string path =
-        (std::filesystem::temp_directory_path() / ("velmar-fuzz-" + std::to_string(std::random_device()()))).string();
-    return path;
+    static const Scratch scratch;
+    return scratch.path;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -185,7 +185,7 @@ struct GlyphShapes::Calls
 
 void GlyphShapes::Tessellate(bool evenOdd)
 {
-    using Call = _GLUfuncptr;
+    using Call = GluCall;
     GLUtesselator* const tess = mTessellator;
     gluTessCallback(tess, GLU_TESS_BEGIN_DATA, reinterpret_cast<Call>(Calls::Begin));
     gluTessCallback(tess, GLU_TESS_VERTEX_DATA, reinterpret_cast<Call>(Calls::Vertex));

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <new>
+#include <vector>
 
 BMapStringToPtr VXText::mFontFileCache;
 
@@ -22,27 +23,46 @@ static FTFont* KeptFont(const BString& fontFile, const BString& text)
     if (!font || font->Error() != 0)
         return nullptr;
     const std::unique_ptr<FTFont> replaced(CachedFont(text));
-    if (VXText::mFontFileCache.Set(text, font.get()))
-        return font.release();
-    return nullptr;
+    std::vector<std::unique_ptr<FTFont>> lost; // a map that cannot grow forgets its entries
+    lost.reserve(std::size_t(VXText::mFontFileCache.Count()));
+    if (!replaced)
+        VXText::mFontFileCache.ForEach([&lost](const BString&, void* kept)
+                                       { lost.emplace_back(static_cast<FTFont*>(kept)); });
+    if (!VXText::mFontFileCache.Set(text, font.get()))
+        return nullptr;
+    for (std::unique_ptr<FTFont>& kept : lost)
+        static_cast<void>(kept.release());
+    return font.release();
 }
 
-GEOM* VXText::CreateTextGeom(const BString& text, const BString& fontFile, float size, float depth, bool /*unused*/)
+static void DrawText(const BString& text, const BString& fontFile, float size, float depth)
 {
     // FTGL reads past the end of what is not UTF-8.
     BArray<std::uint32_t> codes;
     const bool legal = ConvertUTF8toUTF32(text.CString(), text.Length(), codes) >= 0;
     if (!legal || !(size >= 1 && size <= kLargestSize))
-        return nullptr;
+        return;
     FTFont* font = CachedFont(fontFile);
     if (!font)
         font = KeptFont(fontFile, text);
     if (!font || !font->FaceSize(unsigned(size), kDotsPerInch))
-        return nullptr;
+        return;
     font->Depth(depth);
     font->Outset(kFrontOutset, kBackOutset);
     font->CharMap(FT_ENCODING_UNICODE);
     font->Render(text.CString(), -1, FTPoint(), FTPoint(), FTGL::RENDER_ALL);
+}
+
+GEOM* VXText::CreateTextGeom(const BString& text, const BString& fontFile, float size, float depth, bool /*unused*/)
+{
+    try
+    {
+        DrawText(text, fontFile, size, depth);
+    }
+    catch (const std::bad_alloc&)
+    {
+        // FTGL's lists; what was drawn so far stands
+    }
     return nullptr;
 }
 

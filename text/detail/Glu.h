@@ -11,3 +11,8 @@
 #else
 #define VELMAR_GLU_CALL
 #endif
+
+namespace vx
+{
+using GluCall = void(VELMAR_GLU_CALL*)(); ///< what gluTessCallback takes, whatever the callback's own arguments
+} // namespace vx
