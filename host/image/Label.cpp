@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace vx
 {
@@ -37,10 +38,8 @@ public:
             mLibrary = nullptr;
             return false;
         }
-        for (const BPath& file : SystemSansFonts())
-            if (OpenFile(file, pixelsPerEm))
-                return true;
-        return false;
+        static const BArray<BPath> files = SystemSansFonts(); // all font folders are gone through for it
+        return std::any_of(files.begin(), files.end(), [&](const BPath& file) { return OpenFile(file, pixelsPerEm); });
     }
     FT_Face Face() const { return mFace; }
 
@@ -138,9 +137,8 @@ void DrawGlyph(const FT_GlyphSlotRec& slot, int penX, int baseline, const Canvas
                 canvas.Blend(penX + slot.bitmap_left + int(column), baseline - slot.bitmap_top + int(row), coverage,
                              style);
 }
-} // namespace
 
-bool DrawLabel(CPB_PixelBucket& picture, const CPB_Rect& where, const char* utf8, const LabelStyle& style)
+bool Draw(CPB_PixelBucket& picture, const CPB_Rect& where, const char* utf8, const LabelStyle& style)
 {
     BArray<std::uint32_t> codes;
     const std::int64_t bytes = utf8 ? std::int64_t(std::strlen(utf8)) : 0;
@@ -172,5 +170,18 @@ bool DrawLabel(CPB_PixelBucket& picture, const CPB_Rect& where, const char* utf8
         pen += font.Face()->glyph->advance.x;
     }
     return true;
+}
+} // namespace
+
+bool DrawLabel(CPB_PixelBucket& picture, const CPB_Rect& where, const char* utf8, const LabelStyle& style)
+{
+    try
+    {
+        return Draw(picture, where, utf8, style);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false; // from the search for fonts, before anything was drawn
+    }
 }
 } // namespace vx

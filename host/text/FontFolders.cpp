@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 #include <vector>
@@ -56,7 +57,7 @@ void AddWithFoldersBelow(const std::filesystem::path& top, std::vector<std::file
 }
 } // namespace
 
-BArray<BPath> SystemFontFolders()
+static std::vector<std::filesystem::path> FindFolders()
 {
     std::vector<std::filesystem::path> folders;
     for (const Place& place : kPlaces)
@@ -69,11 +70,23 @@ BArray<BPath> SystemFontFolders()
         if (std::filesystem::is_directory(top, unknown))
             AddWithFoldersBelow(top, folders);
     }
+    return folders;
+}
+
+BArray<BPath> SystemFontFolders()
+{
     BArray<BPath> paths;
-    for (const std::filesystem::path& folder : folders)
+    try
     {
-        const std::u8string utf8 = folder.u8string();
-        paths.Append(BPath(BString(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))));
+        for (const std::filesystem::path& folder : FindFolders())
+        {
+            const std::u8string utf8 = folder.u8string();
+            paths.Append(BPath(BString(std::string_view(reinterpret_cast<const char*>(utf8.data()), utf8.size()))));
+        }
+    }
+    catch (const std::exception&)
+    {
+        // Out of memory, or a variable that is no name of a file: the folders found so far.
     }
     return paths;
 }

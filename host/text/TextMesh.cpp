@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <new>
 #include <vector>
 
@@ -22,7 +23,8 @@ constexpr float kUnitsPerSize = 4608; // of a font, for the size that the librar
 constexpr float kBehind = 0.0001f;    // how far the back of a flat text lies behind its front, as in the library
 constexpr float kHardTurn = 0.766f;   // cosine of 40 degrees: corners of the outline that turn more are creases
 
-/// Smoothing words. Runs of a wall between hard corners alternate between two groups; the third ends an odd number.
+/// Smoothing words. Runs of a wall between hard corners alternate between two groups; the third ends an odd number. A
+/// word is compared as a whole, so a run that belonged to both groups of its neighbours would not smooth with either.
 enum Smoothing : std::uint32_t
 {
     kFront = 1u << 0,
@@ -38,6 +40,14 @@ struct Line
     VXGeom mesh;
     BArray<std::int32_t> glyphEnds;
     float x = 0, y = 0; ///< where it goes
+};
+
+/// A glyph as all its occurrences share it, where the first of them stands.
+struct Shape
+{
+    GlyphPlate plate;
+    RimOffsets offsets;       ///< only with a bevel
+    VERTEX first = {0, 0, 0}; ///< the first vertex of its polygons
 };
 
 /// One height of the walls: z, and how much of the bevel's offset the rim has there.
@@ -146,7 +156,8 @@ public:
         mBevel = bevel;
     }
 
-    void Add(const GlyphPlate& plate, float dx, float dy);
+    void Add(const Shape& shape, float dx, float dy);
+    float Bevel() const { return mBevel; }
     MeshWriter& Writer() { return mWriter; }
 
 private:
@@ -159,20 +170,20 @@ private:
 
     void AddFlat(const GlyphPlate& plate, float dx, float dy);
     void AddCaps(const GlyphPlate& plate, float dx, float dy);
-    void AddWall(const GlyphPlate& plate, std::size_t first, std::size_t end);
-    RimCut CutRim(const GlyphPlate& plate, std::size_t first, std::size_t end) const;
+    void AddWall(const Shape& shape, std::size_t first, std::size_t end);
+    static RimCut CutRim(const GlyphPlate& plate, std::size_t first, std::size_t end);
 
     const TextMeshOptions& mOptions;
     float mLeft, mBottom, mRight, mSpan, mBevel = 0;
     std::vector<Level> mLevels;
     MeshWriter mWriter;
-    RimOffsets mOffsets;
     std::vector<std::int32_t> mFrontOf, mBackOf; ///< of each point of the plate
     float mDx = 0, mDy = 0;
 };
 
-void Extruder::Add(const GlyphPlate& plate, float dx, float dy)
+void Extruder::Add(const Shape& shape, float dx, float dy)
 {
+    const GlyphPlate& plate = shape.plate;
     mDx = dx;
     mDy = dy;
     if (!(mOptions.depth > 0))
@@ -181,12 +192,10 @@ void Extruder::Add(const GlyphPlate& plate, float dx, float dy)
         return;
     }
     AddCaps(plate, dx, dy);
-    if (mBevel > 0)
-        mOffsets.Compute(plate, mBevel);
     std::size_t first = 0;
     for (const std::int32_t end : plate.rimEnds)
     {
-        AddWall(plate, first, std::size_t(end));
+        AddWall(shape, first, std::size_t(end));
         first = std::size_t(end);
     }
 }
@@ -242,38 +251,51 @@ void Extruder::AddCaps(const GlyphPlate& plate, float dx, float dy)
     }
 }
 
-// The rim starts at a hard corner, where the seam of its texture coordinates does not show, when it has one.
-Extruder::RimCut Extruder::CutRim(const GlyphPlate& plate, std::size_t first, std::size_t end) const
+// The rim starts at a hard corner, where the seam of its texture coordinates does not show, when it has one. One hard
+// corner alone needs a second place where its two sides change groups: the sharpest of the soft corners.
+Extruder::RimCut Extruder::CutRim(const GlyphPlate& plate, std::size_t first, std::size_t end)
 {
     const std::size_t count = end - first;
     const auto at = [&](std::size_t i) { return plate.points[std::size_t(plate.rims[first + i % count])]; };
-    std::vector<bool> hard(count);
+    std::vector<bool> cuts(count);
     RimCut cut;
-    std::size_t numHard = 0;
+    std::size_t numCuts = 0, sharpest = 0;
+    float leastCosine = 2;
     for (std::size_t i = count; i-- > 0;)
     {
         const Point before = at(i + count - 1), here = at(i), after = at(i + 1);
         const float ax = here.x - before.x, ay = here.y - before.y, bx = after.x - here.x, by = after.y - here.y;
-        const float lengths = std::hypot(ax, ay) * std::hypot(bx, by);
-        hard[i] = ax * bx + ay * by < kHardTurn * lengths;
-        numHard += hard[i] ? 1u : 0u;
-        cut.start = hard[i] ? i : cut.start;
+        const float lengths = std::hypot(ax, ay) * std::hypot(bx, by), cosine = (ax * bx + ay * by) / lengths;
+        cuts[i] = cosine < kHardTurn; // not so where a point lies on the next
+        numCuts += cuts[i] ? 1u : 0u;
+        cut.start = cuts[i] ? i : cut.start;
+        if (!cuts[i] && cosine < leastCosine)
+        {
+            sharpest = i;
+            leastCosine = cosine;
+        }
+    }
+    if (numCuts == 1 && leastCosine <= 1)
+    {
+        cuts[sharpest] = true;
+        ++numCuts;
     }
     std::uint32_t run = 0;
     std::size_t met = 0;
     for (std::size_t i = 0; i < count; ++i)
     {
-        const bool begins = hard[(cut.start + i) % count];
+        const bool begins = cuts[(cut.start + i) % count];
         met += begins ? 1u : 0u;
         if (begins && i > 0)
-            run = met == numHard && numHard % 2 == 1 ? 2u : 1u - run;
+            run = met == numCuts && numCuts % 2 == 1 ? 2u : 1u - run;
         cut.run.push_back(run);
     }
     return cut;
 }
 
-void Extruder::AddWall(const GlyphPlate& plate, std::size_t first, std::size_t end)
+void Extruder::AddWall(const Shape& shape, std::size_t first, std::size_t end)
 {
+    const GlyphPlate& plate = shape.plate;
     const std::size_t count = end - first, levels = mLevels.size();
     const RimCut cut = CutRim(plate, first, end);
     const auto entry = [&](std::size_t i) { return first + (cut.start + i) % count; };
@@ -293,7 +315,7 @@ void Extruder::AddWall(const GlyphPlate& plate, std::size_t first, std::size_t e
             firstUV = firstUV < 0 ? uv : firstUV;
             if (i == count)
                 continue;
-            const Point move = mLevels[l].offset > 0 ? mOffsets.moves[e] : Point{0, 0};
+            const Point move = mLevels[l].offset > 0 ? shape.offsets.moves[e] : Point{0, 0};
             points[i * levels + l] = l == 0 ? mFrontOf[point]
                                      : l + 1 == levels
                                          ? mBackOf[point]
@@ -421,15 +443,30 @@ RecordPtr Build(const BString& text, VXFTFace& face, FT_Face opened, const TextM
     report.lines = std::int32_t(lines.size());
 
     Extruder extruder(options, ink.left, ink.bottom, ink.right, ink.top);
-    GlyphPlate plate;
-    for (const Line& line : lines)
+    std::map<FT_UInt, Shape> shapes;
+    for (std::size_t i = 0; i < lines.size(); ++i)
     {
+        const Line& line = lines[i];
+        const GEOM& flat = *line.mesh.Geom();
+        BArray<std::uint32_t> codes; // one for each glyph
+        if (!texts[i].IsEmpty() && ConvertUTF8toUTF32(texts[i].CString(), texts[i].Length(), codes) < 0)
+            return nullptr;
         std::int32_t first = 0;
-        for (const std::int32_t end : line.glyphEnds)
+        for (std::int64_t k = 0; k < line.glyphEnds.Count(); first = line.glyphEnds[k++])
         {
-            plate.Take(*line.mesh.Geom(), first, end);
-            extruder.Add(plate, line.x, line.y);
-            first = end;
+            if (line.glyphEnds[k] == first)
+                continue;
+            const VERTEX at = flat.verts[flat.sets[flat.Poly(first)->start]];
+            const auto [found, isNew] = shapes.try_emplace(FT_Get_Char_Index(opened, codes[k]));
+            Shape& shape = found->second;
+            if (isNew)
+            {
+                shape.plate.Take(flat, first, line.glyphEnds[k]);
+                shape.first = at;
+                if (extruder.Bevel() > 0)
+                    shape.offsets.Compute(shape.plate, extruder.Bevel());
+            }
+            extruder.Add(shape, line.x + (at.x - shape.first.x), line.y);
         }
     }
     return extruder.Writer().Record(options, options.depth > 0);

@@ -1,5 +1,6 @@
 #include "host/image/Label.h"
 #include "host/image/Picture.h"
+#include "host/text/FontFolders.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,16 @@ using namespace vx;
 
 namespace
 {
+class Label : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (SystemSansFonts().IsEmpty())
+            GTEST_SKIP() << "no sans font is installed";
+    }
+};
+
 struct Ink
 {
     int left = 1 << 20, right = -1, top = 1 << 20, bottom = -1;
@@ -40,7 +51,7 @@ Ink InkOf(const CPB_Offscreen& picture)
 }
 } // namespace
 
-TEST(Label, StaysInItsRectangleAndIsCentred)
+TEST_F(Label, StaysInItsRectangleAndIsCentred)
 {
     const CPB_Rect where{20, 10, 180, 50};
     for (const int bits : {8, 24, 32})
@@ -58,7 +69,7 @@ TEST(Label, StaysInItsRectangleAndIsCentred)
         }
 }
 
-TEST(Label, BeginsAtTheLeftAndCoversMoreWhenLarger)
+TEST_F(Label, BeginsAtTheLeftAndCoversMoreWhenLarger)
 {
     const PicturePtr small = White(32), large = White(32);
     ASSERT_TRUE(DrawLabel(*small, {50, 0, 200, 60}, "HH", {10, LabelAlign::Left, 0, 0, 0, 255}));
@@ -68,7 +79,7 @@ TEST(Label, BeginsAtTheLeftAndCoversMoreWhenLarger)
         << "hinting moves stems by part of a pixel";
 }
 
-TEST(Label, LeavesThePictureAloneWhereThereIsNothingToDraw)
+TEST_F(Label, LeavesThePictureAloneWhereThereIsNothingToDraw)
 {
     const PicturePtr picture = White(32);
     EXPECT_FALSE(DrawLabel(*picture, {0, 0, 200, 60}, "\xFF", {}));

@@ -130,7 +130,7 @@ TEST_F(TextMeshes, HaveCreasesAtTheirRimsAndTextureCoordinates)
     {
         TextMeshOptions options;
         options.bevel = bevel;
-        const RecordPtr record = Build("oH8", options);
+        const RecordPtr record = Build("oH8a", options); // the outer rim of the a has one hard corner
         ASSERT_TRUE(record);
         ASSERT_TRUE(record->tex);
         EXPECT_EQ(record->NumMaterials(), 2);
@@ -152,13 +152,28 @@ TEST_F(TextMeshes, HaveCreasesAtTheirRimsAndTextureCoordinates)
         VXGeom mesh;
         mesh.SetUseCreaseAngle(false);
         mesh.SetGeom(record.get(), false);
-        int rims = 0;
+        // Where a wall's polygon goes along the front's rim; zero elsewhere.
+        const auto along = [&](int p)
+        {
+            const VERTEX a = Corner(*record, p, 0), b = Corner(*record, p, 1);
+            return a.z == options.depth && b.z == options.depth ? a - b : VERTEX{0, 0, 0};
+        };
+        int rims = 0, corners = 0;
         for (int e = 0; e < mesh.EdgeList().GetEdgeCount(); ++e)
         {
             const VXEdge& edge = mesh.EdgeList().GetEdge(e);
             ASSERT_GE(edge.PolyIndex2(), 0);
             const bool side1 = int(mesh.Polygon(edge.PolyIndex1())->material) == 1,
                        side2 = int(mesh.Polygon(edge.PolyIndex2())->material) == 1;
+            if (side1 && side2)
+            {
+                const VERTEX a = along(edge.PolyIndex1()), b = along(edge.PolyIndex2());
+                if (Dot(a, b) < 0.76f * Length(a) * Length(b))
+                {
+                    ++corners;
+                    EXPECT_TRUE(edge.IsCreaseEdge() && !edge.IsSmoothEdge());
+                }
+            }
             if (side1 == side2)
                 continue;
             ++rims;
@@ -166,6 +181,7 @@ TEST_F(TextMeshes, HaveCreasesAtTheirRimsAndTextureCoordinates)
             EXPECT_FALSE(edge.IsSmoothEdge());
         }
         EXPECT_GT(rims, 100);
+        EXPECT_GE(corners, 13) << "twelve of the H";
     }
 }
 
