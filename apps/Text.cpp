@@ -50,6 +50,9 @@ int ReadText(const std::string& named, BString& text)
     if (!bytes)
         return Fail(kFailed, input.Name(), 0, file.LastError());
     std::string_view all(bytes, MEM_Count(bytes));
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // editors put it, and it is no text
+    if (all.starts_with(kByteOrderMark))
+        all.remove_prefix(kByteOrderMark.size());
     if (all.ends_with('\n'))
         all.remove_suffix(all.ends_with("\r\n") ? 2 : 1);
     const bool binary = all.find('\0') != std::string_view::npos;
@@ -115,6 +118,9 @@ int WriteTextPicture(RecordPtr record, const TextArguments& arguments, Stopwatch
 int RunText(TextArguments& arguments)
 {
     const ModelOutput& output = arguments.output;
+    const bool picture = BString(output.name).Lower().EndsWith(".png");
+    if (picture && output.json)
+        return Fail(kWrongUsage, "", 0, "--json tells of models only, expected -o FILE.obj with it");
     Stopwatch watch(output.verbose);
     if (const BString problem = OutputProblem(output.name, {}); !problem.IsEmpty())
         return Fail(kFailed, BString(output.name), 0, problem);
@@ -137,7 +143,7 @@ int RunText(TextArguments& arguments)
     WarnOfMissing(font, report);
     watch.Tell(BString::Format("%d glyphs of ", int(report.glyphs)) + font);
 
-    if (BString(output.name).Lower().EndsWith(".png"))
+    if (picture)
         return WriteTextPicture(std::move(record), arguments, watch);
     VXGeom geom;
     geom.SetGenerateCreases(false);

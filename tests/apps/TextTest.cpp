@@ -58,14 +58,12 @@ TEST_F(TextVerb, FindsFontsByNameAndByFile)
     Run({"text", "Hi", "-o", "file.obj", "--font", kSans});
     const std::string expected = mPlace.Read("file.obj");
     EXPECT_FALSE(expected.empty());
-    for (const char* const name : {"DejaVuSans.ttf", "dejavusans"})
-    {
-        Run({"text", "Hi", "-o", "name.obj", "--font", name});
-        EXPECT_EQ(mPlace.Read("name.obj"), expected) << name;
-    }
     mPlace.Write("own font.ttf", ReadWhole(kSans));
-    EXPECT_EQ(Run({"text", "Hi", "-o", "own.obj", "--font", "own font.ttf"}).exitCode, 0);
-    EXPECT_EQ(mPlace.Read("own.obj"), expected);
+    for (const std::string name : {"DejaVuSans.ttf", "dejavusans", "own font.ttf"})
+    {
+        EXPECT_EQ(Run({"text", "Hi", "-o", name + ".obj", "--font", name}).exitCode, 0) << name;
+        EXPECT_EQ(mPlace.Read(name + ".obj"), expected) << name;
+    }
 
     const Outcome names = Run({"fonts"});
     EXPECT_NE(("\n" + names.out).find("\nDejaVuSans.ttf\n"), std::string::npos);
@@ -78,7 +76,7 @@ TEST_F(TextVerb, FindsFontsByNameAndByFile)
 
 TEST_F(TextVerb, ReadsAndWritesStreams)
 {
-    mPlace.Write("lines.txt", "one\r\ntwo\n");
+    mPlace.Write("lines.txt", "\xEF\xBB\xBFone\r\ntwo\n");
     const Outcome model = Run({"text", "-", "-o", "-", "--json"}, "lines.txt");
     EXPECT_EQ(model.exitCode, 0);
     Run({"text", "one\ntwo", "-o", "same.obj"});
@@ -108,10 +106,7 @@ TEST_F(TextVerb, MakesFlatLettersAndWarnsOfMissingOnes)
 
 TEST_F(TextVerb, FailsInOneLineAndLeavesWhatWasThere)
 {
-    const std::string sans = ReadWhole(kSans);
     mPlace.Write("empty.ttf", "");
-    mPlace.Write("text.ttf", "no font at all");
-    mPlace.Write("short.ttf", sans.substr(0, 200));
     mPlace.Write("zero.txt", std::string("a\0b", 3));
     mPlace.Write("old.obj", "an older model");
     struct Row
@@ -123,13 +118,9 @@ TEST_F(TextVerb, FailsInOneLineAndLeavesWhatWasThere)
     };
     const Row rows[] = {
         {{"A", "--font", "empty.ttf"}, 1, "empty\\.ttf: .*no font.*"},
-        {{"A", "--font", "text.ttf"}, 1, "text\\.ttf: .*no font.*"},
-        {{"A", "--font", "short.ttf"}, 1, "short\\.ttf: .*no font.*"},
         {{"A", "--font", "gone/x.ttf"}, 1, "gone/x\\.ttf: no such file.*"},
         {{"A", "--font", "NoSuchFont"}, 1, ".*NoSuchFont.*velmar fonts.*"},
-        {{"\xC3"}, 1, ".*UTF-8.*"},
         {{""}, 1, ".*nothing to see.*"},
-        {{" \n "}, 1, ".*nothing to see.*"},
         {{"-"}, 1, ".*no text.*", "zero.txt"},
         {{"A", "--size", "0"}, 2, ".*--size.*"},
         {{"A", "--size", "-1"}, 2, ".*--size.*"},
@@ -152,4 +143,5 @@ TEST_F(TextVerb, FailsInOneLineAndLeavesWhatWasThere)
         EXPECT_EQ(mPlace.Names(), before);
         EXPECT_EQ(mPlace.Read("old.obj"), "an older model");
     }
+    EXPECT_EQ(Run({"text", "A", "-o", "a.png", "--json"}).exitCode, 2) << "there is no JSON of a picture";
 }
