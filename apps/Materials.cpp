@@ -77,6 +77,7 @@ int RunMaterials(MaterialsArguments& arguments)
 
     Preview preview;
     arguments.SetModel("ball", BallText());
+    arguments.AlsoReads(arguments.inputs);
     if (const int code = arguments.Open(preview, {arguments.output}, watch); code != kDone)
         return code;
     std::vector<PicturePtr> pictures;
@@ -115,6 +116,7 @@ void AddMaterialsVerb(CLI::App& app, int& exitCode)
     arguments->AddSize(*verb, "240x240", "Size of each picture in pixels");
     AddWholeNumber(*verb, "--columns", arguments->look.columns, 1, 100, "Pictures side by side");
     arguments->AddShaders(*verb);
+    arguments->AddShaderLog(*verb);
     arguments->AddView(*verb);
     arguments->AddLook(*verb);
     verb->callback([arguments, &exitCode] { exitCode = RunMaterials(*arguments); });

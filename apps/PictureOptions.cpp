@@ -381,6 +381,7 @@ void PictureArguments::AddAll(CLI::App& verb)
     AddLook(verb);
     AddSurface(verb);
     AddMaterials(verb);
+    AddShaderLog(verb);
     AddMarks(verb);
 }
 
@@ -400,6 +401,12 @@ void PictureArguments::AddShaders(CLI::App& verb)
         ->type_name("on|off|auto")
         ->check(Choice("use of shaders", {"on", "off", "auto"}))
         ->capture_default_str();
+}
+
+void PictureArguments::AddShaderLog(CLI::App& verb)
+{
+    verb.add_option("--shader-log", mShaderLog, "Write to it what becomes of shaders, and the text of those that fail")
+        ->type_name("FILE");
 }
 
 // --- Work
@@ -497,12 +504,19 @@ int PictureArguments::Open(Preview& preview, const std::vector<std::string>& out
     if (mInputs.empty() && mModelText.empty())
         mInputs.push_back(BundledSample().FullPath().Std());
     std::vector<std::string> read = mInputs;
+    read.insert(read.end(), mAlsoRead.begin(), mAlsoRead.end());
     for (const std::string* const file : {&mTexture, &mBackgroundPicture, &mMaterials})
         if (!file->empty())
             read.push_back(*file);
     for (const std::string& output : outputs)
         if (const BString problem = OutputProblem(output, read); !problem.IsEmpty())
             return Fail(kFailed, BString(output), 0, problem);
+    if (!mShaderLog.empty())
+    {
+        if (const BString problem = OutputProblem(mShaderLog, read); !problem.IsEmpty())
+            return Fail(kFailed, BString(mShaderLog), 0, problem);
+        preview.SetShaderLog(BPath(BString(mShaderLog)));
+    }
     if (const int code = ReadModels(preview, watch); code != kDone)
         return code;
     if (!preview.PrepareContext())

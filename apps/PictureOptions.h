@@ -37,6 +37,7 @@ public:
     void AddAll(CLI::App& verb);       ///< all from size to marks
     void AddMaterials(CLI::App& verb); ///< a file of materials, and AddShaders
     void AddShaders(CLI::App& verb);
+    void AddShaderLog(CLI::App& verb); ///< for verbs that Open
 
     /// Shows this model, a text, instead of files. @param name for messages
     void SetModel(std::string name, std::string text)
@@ -44,6 +45,7 @@ public:
         mModelName = std::move(name);
         mModelText = std::move(text);
     }
+    void AlsoReads(std::vector<std::string> files) { mAlsoRead = std::move(files); } ///< no output may be one of them
 
     // --- Work
 
@@ -72,8 +74,8 @@ private:
     BString HighlightProblem(Preview& preview) const;
 
     std::string mVerb; ///< as the user calls it
-    std::vector<std::string> mInputs;
-    std::string mModelName, mModelText, mMaterials, mShaders = "auto";
+    std::vector<std::string> mInputs, mAlsoRead;
+    std::string mModelName, mModelText, mMaterials, mShaders = "auto", mShaderLog;
     std::string mTexture, mSize, mMode = "smooth-textured", mBackground = "gradient", mUp = "y", mShow, mScheme;
     std::string mBackgroundPicture, mBackgroundFit = "crop", mWatermark, mFrame;
     bool mNoCreases = false, mNoShadows = false, mOcclusion = false;

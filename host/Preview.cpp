@@ -1,5 +1,6 @@
 #include "host/Preview.h"
 
+#include "base/BFile.h"
 #include "draw/VXObject2D.h"
 #include "draw/VXSceneDrawOptions.h"
 #include "engine/VXCamera.h"
@@ -132,6 +133,10 @@ bool Preview::SetDefaultTexture(const BPath& picture)
 
 void Preview::SetShaderLog(const BPath& file)
 {
+    BFile log(file);
+    if (log.Open(BFile::Mode::Append) != 0)
+        mReport.warnings.Append(file.FullPath() + ": there is no shader log: " + log.LastError());
+    log.Close();
     VXShaderDebugSetLogFile(file);
     mContext->delegate.shaderLog = true;
     VXShaderFileDebugReset();

@@ -95,8 +95,8 @@ public:
     /// Gives materials to the models that are there: ModelStore::ApplyMaterials. What is odd stands in Warnings().
     void ApplyMaterials(std::vector<NamedMaterial> materials);
 
-    /// Writes what becomes of shaders to a file, with the text of those that fail. A file that cannot be written is
-    /// left alone.
+    /// Writes what becomes of shaders to a file, emptied first, with the text of those that fail. A file that cannot be
+    /// written is warned about.
     void SetShaderLog(const BPath& file);
 
     // --- Pictures
