@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstring>
 #include <iterator>
 
 namespace vx
@@ -78,11 +79,22 @@ struct JsonEvents : nlohmann::json_sax<nlohmann::json>
         const std::size_t read = Consumed();
         const std::size_t start = TokenStart();
         mTo.mErrorAt = start == mTo.mText.size() ? start : std::min(start, read > 0 ? read - 1 : 0);
-        mTo.mError = Plainly(error.what());
+        mTo.mError = StrayComma() ? std::string("a comma stands before '") + mTo.mText[mTo.mErrorAt] +
+                                        "', expected none or another value"
+                                  : Plainly(error.what());
         return false;
     }
 
 private:
+    // Whether the error is the end of a list or object behind a comma, which other formats allow.
+    bool StrayComma() const
+    {
+        const std::string_view before = std::string_view(mTo.mText).substr(0, mTo.mErrorAt);
+        const std::size_t last = before.find_last_not_of(" \t\r\n");
+        return mTo.mErrorAt < mTo.mText.size() && std::strchr("]}", mTo.mText[mTo.mErrorAt]) &&
+               last != std::string_view::npos && before[last] == ',';
+    }
+
     std::size_t Consumed() const { return std::size_t(mFarthest - mTo.mText.data()); }
 
     // Where the token begins that ends where the parser is.

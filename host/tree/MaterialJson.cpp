@@ -107,6 +107,8 @@ private:
     void ConnectPending();
     void WarnOfUnused();
     BString NewName(const char* type);
+    bool TakeNodeNames();
+    void ReportTooManyNodes(std::uint32_t at);
 
     const JsonText& mJson;
     const BString& mName;
@@ -116,6 +118,7 @@ private:
     bool mSound = true;
     ShaderTree* mTree = nullptr;
     std::uint32_t mNodesAt = 0;
+    std::unordered_set<std::string_view> mNodeNames;        ///< in "nodes"
     std::unordered_map<std::string_view, TreeNode*> mNamed; ///< nodes that can be referred to
     std::unordered_map<const TreeNode*, std::uint32_t> mPlaces;
     std::vector<PendingNode> mPending;
@@ -191,10 +194,13 @@ bool MaterialReader::Run(std::vector<NamedMaterial>& materials)
         const auto [before, isNew] = seen.emplace(mMaterial.Std(), i);
         if (!isNew)
         {
-            mSound = true; // one line says which of the two counts, whatever else is wrong with it
-            Problem(mJson.Find(i, "name"), "the name was given before, in line " +
-                                               std::to_string(mJson.PlaceOf(mJson.At(before->second)).line) +
-                                               ", expected another");
+            // What else is wrong with it is told already. A place takes a walk through the text, so that many of them
+            // would take the square of its length.
+            mSound = true;
+            std::string where;
+            if (mReport.problems.Count() < kMostMessages)
+                where = ", in line " + std::to_string(mJson.PlaceOf(mJson.At(mJson.Find(before->second, "name"))).line);
+            Problem(mJson.Find(i, "name"), "the name was given before" + where + ", expected another");
         }
         else if (material && mSound)
             materials.push_back(std::move(*material));
@@ -255,16 +261,17 @@ void MaterialReader::ReadLayer(std::uint32_t object, NamedMaterial::Layer& layer
     mPlaces.clear();
     mPending.clear();
     mNumNewNames = 0;
+    mNodeNames.clear();
     mNodesAt = mJson.Find(object, "nodes");
+    if (mNodesAt != 0 && IsA(mNodesAt, Kind::Object, "the nodes as an object") && !TakeNodeNames())
+        return;
     if (const NodeType* const type = ReadType(surface, true))
         if (TreeNode* const root = AddNode(surface, *type, "surface"))
         {
             mTree->SetRoot(root);
             ReadInputs(surface, *root);
         }
-    if (mNodesAt != 0 && IsA(mNodesAt, Kind::Object, "the nodes as an object"))
-    {
-        CheckKeys(mNodesAt, {});
+    if (mNodesAt != 0 && mSound)
         for (std::uint32_t key = mJson.First(mNodesAt); key < mJson.End(mNodesAt) && mSound; key = mJson.Next(key + 1))
         {
             if (!IsA(key + 1, Kind::Object, "a node as an object"))
@@ -276,7 +283,6 @@ void MaterialReader::ReadLayer(std::uint32_t object, NamedMaterial::Layer& layer
             mNamed.emplace(mJson.Text(key), node);
             ReadInputs(key + 1, *node);
         }
-    }
     if (!mSound)
         return;
     ConnectPending();
@@ -287,6 +293,25 @@ void MaterialReader::ReadLayer(std::uint32_t object, NamedMaterial::Layer& layer
 }
 
 // --- Nodes
+
+// The names are looked through once, and there are few of them: what comes after may search them. False with a problem.
+bool MaterialReader::TakeNodeNames()
+{
+    for (std::uint32_t key = mJson.First(mNodesAt); key < mJson.End(mNodesAt); key = mJson.Next(key + 1))
+        if (!mNodeNames.insert(mJson.Text(key)).second)
+            Problem(key, Quoted(mJson.Text(key)) + " stands here for the second time");
+        else if (mNodeNames.size() == std::size_t(kMostNodes)) // the surface is a node too
+        {
+            ReportTooManyNodes(key);
+            return false;
+        }
+    return true;
+}
+
+void MaterialReader::ReportTooManyNodes(std::uint32_t at)
+{
+    Problem(at, "more than " + std::to_string(kMostNodes) + " nodes");
+}
 
 const NodeType* MaterialReader::ReadType(std::uint32_t object, bool root)
 {
@@ -315,7 +340,7 @@ TreeNode* MaterialReader::AddNode(std::uint32_t object, const NodeType& type, co
 {
     if (mTree->NumNodes() == std::size_t(kMostNodes))
     {
-        Problem(object, "more than " + std::to_string(kMostNodes) + " nodes");
+        ReportTooManyNodes(object);
         return nullptr;
     }
     TreeNode* const node = mTree->AddNode(type.name, name);
@@ -329,7 +354,7 @@ BString MaterialReader::NewName(const char* type)
     for (;;)
     {
         BString name = BString::Format("%s_%d", type, ++mNumNewNames);
-        if (mNodesAt == 0 || mJson.KindOf(mNodesAt) != Kind::Object || mJson.Find(mNodesAt, name) == 0)
+        if (!mNodeNames.contains(name))
             return name;
     }
 }
