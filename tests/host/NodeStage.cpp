@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <set>
 
 using namespace vx;
 
@@ -56,8 +57,9 @@ void NodeStage::SetPicture(const char* file, int width, int height, std::vector<
     mPictures[file] = {width, height, std::move(pixels)};
 }
 
-std::uint32_t NodeStage::Program(const GlslSource& source)
+std::uint32_t NodeStage::Program(const GlslSource& source, std::string& words)
 {
+    char log[2000] = "";
     const GLuint program = glCreateProgram();
     for (const auto& [kind, text] :
          {std::pair(GL_VERTEX_SHADER, &source.vertex), {GL_FRAGMENT_SHADER, &source.fragment}})
@@ -66,6 +68,8 @@ std::uint32_t NodeStage::Program(const GlslSource& source)
         const char* const pointer = text->c_str();
         glShaderSource(shader, 1, &pointer, nullptr);
         glCompileShader(shader);
+        glGetShaderInfoLog(shader, sizeof log, nullptr, log);
+        words += log; // warnings too
         glAttachShader(program, shader);
         glDeleteShader(shader);
     }
@@ -74,9 +78,35 @@ std::uint32_t NodeStage::Program(const GlslSource& source)
     glLinkProgram(program);
     GLint done = 0;
     glGetProgramiv(program, GL_LINK_STATUS, &done);
-    EXPECT_TRUE(done) << source.problem.CString() << source.fragment;
-    glUseProgram(program);
+    glGetProgramInfoLog(program, sizeof log, nullptr, log);
+    if (!done)
+        words += std::string("linking: ") + log;
     return program;
+}
+
+// Compilers may drop what is announced and cannot matter.
+std::string NodeStage::Link(const GlslSource& source)
+{
+    std::string words;
+    const GLuint program = Program(source, words);
+    std::set<std::string> announced;
+    for (const GlslSource::Uniform& uniform : source.uniforms)
+        announced.insert(uniform.name);
+    for (const GlslSource::Texture& texture : source.textures)
+        announced.insert(texture.type == "none" ? "" : texture.sampler);
+    GLint count = 0;
+    glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &count);
+    for (GLuint i = 0; i < GLuint(count); ++i)
+    {
+        char name[100] = "";
+        GLint inBlock = -1;
+        glGetActiveUniformName(program, i, sizeof name, nullptr, name);
+        glGetActiveUniformsiv(program, 1, &i, GL_UNIFORM_BLOCK_INDEX, &inBlock);
+        if (inBlock < 0 && !announced.contains(name))
+            words += std::string(name) + " is not announced\n";
+    }
+    glDeleteProgram(program);
+    return words;
 }
 
 // The block by the names of its members, wherever the layout puts them.
@@ -139,7 +169,10 @@ void NodeStage::BindTextures(const GlslSource& source, GLuint program)
 
 void NodeStage::Draw(const GlslSource& source, const StageMesh& mesh)
 {
-    const GLuint program = Program(source);
+    std::string words;
+    const GLuint program = Program(source, words);
+    ASSERT_EQ(words, "") << source.problem.CString() << source.fragment;
+    glUseProgram(program);
     const GLuint index = glGetUniformBlockIndex(program, "Frame");
     GLint size = 0;
     glGetActiveUniformBlockiv(program, index, GL_UNIFORM_BLOCK_DATA_SIZE, &size);

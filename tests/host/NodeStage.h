@@ -46,6 +46,9 @@ public:
     void SetPicture(const char* file, int width, int height, std::vector<std::uint8_t> pixels);
     void SetNoise(std::vector<std::uint8_t> bytes) { mNoise = std::move(bytes); } ///< of NoiseVolume::kSize cubed
 
+    /// What compiler and linker say about a program, and which of its uniforms the source does not announce. Empty when
+    /// all is well.
+    static std::string Link(const vx::GlslSource& source);
     /// Draws, adding a failure to the test when that goes wrong.
     void Draw(const vx::GlslSource& source, const StageMesh& mesh);
     VERTEX At(int x, int y) const; ///< linear light of a pixel, from the lower left
@@ -58,7 +61,7 @@ private:
         int width, height;
         std::vector<std::uint8_t> bytes;
     };
-    std::uint32_t Program(const vx::GlslSource& source);
+    static std::uint32_t Program(const vx::GlslSource& source, std::string& words);
     void FillFrame(std::uint32_t program, std::vector<std::uint8_t>& block) const;
     void BindTextures(const vx::GlslSource& source, std::uint32_t program);
 
