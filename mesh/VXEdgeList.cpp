@@ -128,12 +128,14 @@ bool VXEdgeList::AppendPart(const VXEdgeList& part, std::int32_t firstPoly)
         links[l] = {part.mLinks[l].edge + firstEdge, moved(part.mLinks[l].next, firstLink)};
     for (std::int64_t e = 0; e < part.mEdges.Count(); ++e)
     {
-        VXEdge* const edge = ::new (static_cast<void*>(edges + e)) VXEdge(part.mEdges[e]);
-        edge->SetPolyIndex1(moved(edge->PolyIndex1(), firstPoly));
-        edge->SetPolyIndex2(moved(edge->PolyIndex2(), firstPoly));
-        edge->SetVertIndex1(edge->VertIndex1() + firstVert);
-        edge->SetVertIndex2(edge->VertIndex2() + firstVert);
-        edge->SetEdgeIndex(edge->EdgeIndex() + firstEdge);
+        const VXEdge& from = part.mEdges[e];
+        VXEdge* const edge = ::new (static_cast<void*>(edges + e))
+            VXEdge(from.PolyIndex1() + firstPoly, from.VertIndex1() + firstVert, from.VertIndex2() + firstVert,
+                   from.RelIndexP1V1(), from.RelIndexP1V2(), from.EdgeIndex() + firstEdge);
+        edge->SetPolyIndex2(moved(from.PolyIndex2(), firstPoly));
+        edge->SetRelIndexP2V1(from.RelIndexP2V1());
+        edge->SetRelIndexP2V2(from.RelIndexP2V2());
+        edge->SetFlags(from.Flags());
     }
     mNumLinks += part.mNumLinks;
     return true;

@@ -50,7 +50,7 @@ public:
     bool BeginParts(std::int64_t numVerts, std::int64_t numEdges);
 
     /// Appends the edges of a part whose vertices follow those that are there already. After all parts, in the order of
-    /// their polygons, the list is the same as Build makes it of the whole. Crease data are copied as they are.
+    /// their polygons, the list is the same as Build makes it of the whole. Crease data are left behind.
     /// @param firstPoly what the part's polygon 0 is in the whole
     /// @return false when memory ran out; the list is then empty
     bool AppendPart(const VXEdgeList& part, std::int32_t firstPoly);

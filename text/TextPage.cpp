@@ -89,25 +89,29 @@ PagePtr RecordFor(std::int64_t verts, std::int64_t polys)
     return record;
 }
 
-bool BuildEdges(const GlyphShapes& shapes, const GlyphShape& shape, VXEdgeList& edges)
+bool BuildEdges(const GlyphShapes& shapes, const GlyphShape& shape, bool smooth, VXEdgeList& edges)
 {
     const PagePtr alone = RecordFor(shape.numVerts, shape.numPolys);
     if (!alone)
         return false;
     GlyphCursor at;
     shapes.Write(shape, 0, 0, *alone, at);
-    return edges.Build(*alone);
+    if (!edges.Build(*alone))
+        return false;
+    for (std::int32_t e = 0; smooth && e < edges.GetEdgeCount(); ++e)
+        edges.GetEdge(e).SetSmoothEdge(true);
+    return true;
 }
 
 // Glyphs share no vertices, and edges are numbered as polygons walk them: those of a page are those of its glyphs, one
 // glyph after the other. False when memory ran out.
-bool WriteEdges(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, int sides, VXEdgeList& list)
+bool WriteEdges(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, TextEdges& whole)
 {
     BArray<VXEdgeList> parts;
     if (!parts.SetCount(shapes.Count()))
         return false;
     for (std::int32_t i = 0; i < shapes.Count(); ++i)
-        if (!BuildEdges(shapes, shapes[i], parts[i]))
+        if (!BuildEdges(shapes, shapes[i], whole.smooth, parts[i]))
             return false;
     std::int64_t verts = 0, edges = 0;
     for (const PlacedGlyph& glyph : glyphs)
@@ -115,13 +119,13 @@ bool WriteEdges(const BArray<PlacedGlyph>& glyphs, const GlyphShapes& shapes, in
         verts += parts[glyph.shape].GetVertexLinkCount();
         edges += parts[glyph.shape].GetEdgeCount();
     }
-    if (!list.BeginParts(sides * verts, sides * edges))
+    if (!whole.list.BeginParts(whole.sides * verts, whole.sides * edges))
         return false;
     std::int32_t firstPoly = 0;
-    for (int side = 0; side < sides; ++side)
+    for (int side = 0; side < whole.sides; ++side)
         for (const PlacedGlyph& glyph : glyphs)
         {
-            if (!list.AppendPart(parts[glyph.shape], firstPoly))
+            if (!whole.list.AppendPart(parts[glyph.shape], firstPoly))
                 return false;
             firstPoly += shapes[glyph.shape].numPolys;
         }
@@ -161,7 +165,7 @@ PagePtr WriteTextPage(const BArray<std::uint32_t>& codes, FT_Face face, float si
     if (!text.Set(codes))
         return nullptr;
     PagePtr record = WriteGlyphs(text.Glyphs(), shapes, scale, ends);
-    if (record && edges && !WriteEdges(text.Glyphs(), shapes, edges->sides, edges->list))
+    if (record && edges && !WriteEdges(text.Glyphs(), shapes, *edges))
         return nullptr;
     return record;
 }

@@ -27,7 +27,8 @@ public:
     BString Name() const { return mPath.FileName(); } ///< with the extension
 
     /// The face, opened at the first call after set-up; valid until this object dies or FreeType is torn down. Null
-    /// when FreeType is not set up or the file is no font. A file that is missing is never looked for again.
+    /// when FreeType is not set up or the file is no font. A file that is missing is never looked for again. FreeType
+    /// opens files by name itself: on Windows, names outside of the system's code page stay closed to it.
     FT_Face GetFTFace();
 
     // --- The registry

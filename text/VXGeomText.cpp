@@ -82,12 +82,7 @@ bool VXGeom::TakeText(GEOM* record, const char* material, VXEdgeList& edges, int
         mPolyNormals = normals[0];
         mVertNormals = normals[1];
     }
-    if (GenerateCreases())
-    {
-        for (std::int32_t e = 0; e < mEdgeList.GetEdgeCount(); ++e)
-            mEdgeList.GetEdge(e).SetSmoothEdge(true);
-        SetEdgesClassified(true);
-    }
+    SetEdgesClassified(GenerateCreases());
     return true;
 }
 
@@ -138,12 +133,14 @@ void VXGeom::BuildStrGlyphs(const char* utf8, VXFTFace* face, float size, const 
 
     TextEdges edges;
     edges.sides = twoSided ? 2 : 1;
+    edges.smooth = GenerateCreases();
     PagePtr record = WriteTextPage(codes, opened, size, smUnscaledKerning, glyphEnds, &edges);
     if (!record)
         return;
     // Taken once and before anything moves, so that the back turns about where the centre was.
-    float stats[9];
-    GEOM_Stats(record.get(), stats);
+    float stats[9] = {};
+    if (leftAlign || twoSided)
+        GEOM_Stats(record.get(), stats);
     if (leftAlign)
         GEOM_Offset(record.get(), -stats[0], 0, 0);
     if (twoSided)

@@ -21,7 +21,8 @@ using PagePtr = std::unique_ptr<GEOM, GeomFreer>;
 struct TextEdges
 {
     VXEdgeList list;
-    int sides = 1; ///< 2: the list covers a second copy of the record as well, whose vertices and polygons follow
+    int sides = 1;       ///< 2: the list covers a second copy of the record as well, whose vertices and polygons follow
+    bool smooth = false; ///< all edges are marked as smooth ones
 };
 
 /// A text as one record of triangles, its glyphs in the order of the text, each tessellated once. Lines end with CR, LF
