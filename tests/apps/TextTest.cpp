@@ -27,12 +27,6 @@ protected:
     {
         return mPlace.Run(VELMAR_PROGRAM, arguments, input);
     }
-    json Info(const std::string& model)
-    {
-        const Outcome outcome = Run({"info", "--json", model});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-        return outcome.exitCode == 0 ? json::parse(outcome.out) : json();
-    }
 
     Workplace mPlace;
 };
@@ -48,7 +42,7 @@ TEST_F(TextVerb, WritesAClosedModel)
     const std::string model = mPlace.Read("hi.obj");
     EXPECT_NE(model.find("usemtl Text\n"), std::string::npos);
     EXPECT_NE(model.find("usemtl Text side\n"), std::string::npos);
-    const json info = Info("hi.obj");
+    const json info = json::parse(Run({"info", "--json", "hi.obj"}).out);
     EXPECT_EQ(info["edges"]["open"], 0);
     EXPECT_EQ(info["edges"]["nonManifold"], 0);
 }

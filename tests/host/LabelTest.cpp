@@ -11,9 +11,8 @@ using namespace vx;
 
 namespace
 {
-class Label : public testing::Test
+struct Label : testing::Test
 {
-protected:
     void SetUp() override
     {
         if (SystemSansFonts().IsEmpty())

@@ -53,7 +53,6 @@ protected:
         return lit / 10000.0;
     }
 
-    static bool IsSkipped() { return testing::Test::IsSkipped(); }
     OffscreenContext mContext;
 };
 } // namespace

@@ -76,7 +76,7 @@ TEST_F(FontFaces, AreSharedByCopiesAndDieWithTheLibrary)
         VXFTFace moved(face);
         face = VXFTFace("/nowhere.ttf");
     }
-    EXPECT_EQ(FT_Get_Char_Index(other.GetFTFace(), 'A') > 0, true) << "still open for the other holder";
+    EXPECT_GT(FT_Get_Char_Index(other.GetFTFace(), 'A'), 0u) << "still open for the other holder";
     VXGeom::TearDownFreeType();
     EXPECT_FALSE(other.GetFTFace());
     VXGeom::SetupFreeType();
