@@ -304,7 +304,6 @@ void Panels::DrawLook()
         Switch("Axes", OverlayKind::Axes);
         ImGui::SameLine(Em(9));
         Switch("Facts", OverlayKind::Stats);
-        ImGui::SameLine(Em(15));
         Switch("Frame", OverlayKind::Frame);
     }
 }

@@ -76,108 +76,35 @@ int NamesInUse()
     return used;
 }
 
-/// All that glGet tells of the state that drawing can touch.
-std::map<std::string, std::vector<double>> StateOfGL()
+/// All that glGet tells of the state that drawing can touch, by what is asked for; texture units by number.
+std::map<GLenum, std::vector<double>> StateOfGL()
 {
-    struct Value
+    // clang-format off
+    static constexpr GLenum kValues[] = {
+        GL_CURRENT_PROGRAM, GL_VERTEX_ARRAY_BINDING, GL_ARRAY_BUFFER_BINDING, GL_ELEMENT_ARRAY_BUFFER_BINDING,
+        GL_UNIFORM_BUFFER_BINDING, GL_PIXEL_PACK_BUFFER_BINDING, GL_PIXEL_UNPACK_BUFFER_BINDING,
+        GL_DRAW_FRAMEBUFFER_BINDING, GL_READ_FRAMEBUFFER_BINDING, GL_RENDERBUFFER_BINDING, GL_ACTIVE_TEXTURE,
+        GL_CLIENT_ACTIVE_TEXTURE, GL_VIEWPORT, GL_SCISSOR_BOX, GL_SCISSOR_TEST, GL_BLEND, GL_BLEND_SRC_RGB,
+        GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA, GL_BLEND_EQUATION_RGB,
+        GL_BLEND_EQUATION_ALPHA, GL_BLEND_COLOR, GL_COLOR_WRITEMASK, GL_COLOR_CLEAR_VALUE, GL_DEPTH_TEST,
+        GL_DEPTH_FUNC, GL_DEPTH_WRITEMASK, GL_DEPTH_CLEAR_VALUE, GL_DEPTH_RANGE, GL_STENCIL_TEST,
+        GL_STENCIL_FUNC, GL_STENCIL_REF, GL_STENCIL_VALUE_MASK, GL_STENCIL_WRITEMASK, GL_STENCIL_FAIL,
+        GL_STENCIL_PASS_DEPTH_FAIL, GL_STENCIL_PASS_DEPTH_PASS, GL_STENCIL_CLEAR_VALUE, GL_CULL_FACE,
+        GL_CULL_FACE_MODE, GL_FRONT_FACE, GL_POLYGON_MODE, GL_POLYGON_OFFSET_FILL, GL_POLYGON_OFFSET_FACTOR,
+        GL_POLYGON_OFFSET_UNITS, GL_LINE_WIDTH, GL_POINT_SIZE, GL_LINE_SMOOTH, GL_DITHER, GL_MULTISAMPLE,
+        GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_COVERAGE, GL_COLOR_LOGIC_OP, GL_FRAMEBUFFER_SRGB,
+        GL_PRIMITIVE_RESTART, GL_VERTEX_PROGRAM_POINT_SIZE, GL_PACK_ALIGNMENT, GL_PACK_ROW_LENGTH,
+        GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS, GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS,
+        GL_UNPACK_SKIP_PIXELS, GL_LIGHTING, GL_FOG, GL_ALPHA_TEST, GL_NORMALIZE, GL_MATRIX_MODE,
+        GL_MODELVIEW_MATRIX, GL_PROJECTION_MATRIX, GL_CURRENT_COLOR, GL_ATTRIB_STACK_DEPTH,
+        GL_CLIENT_ATTRIB_STACK_DEPTH, GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY,
+        GL_PROVOKING_VERTEX};
+    // clang-format on
+    std::map<GLenum, std::vector<double>> state;
+    for (const GLenum value : kValues)
     {
-        const char* name;
-        GLenum what;
-        int count;
-    };
-#define VALUE(what, count)                                                                                             \
-    {                                                                                                                  \
-#what, what, count                                                                                             \
-    }
-    static constexpr Value kValues[] = {
-        VALUE(GL_CURRENT_PROGRAM, 1),
-        VALUE(GL_VERTEX_ARRAY_BINDING, 1),
-        VALUE(GL_ARRAY_BUFFER_BINDING, 1),
-        VALUE(GL_ELEMENT_ARRAY_BUFFER_BINDING, 1),
-        VALUE(GL_UNIFORM_BUFFER_BINDING, 1),
-        VALUE(GL_PIXEL_PACK_BUFFER_BINDING, 1),
-        VALUE(GL_PIXEL_UNPACK_BUFFER_BINDING, 1),
-        VALUE(GL_DRAW_FRAMEBUFFER_BINDING, 1),
-        VALUE(GL_READ_FRAMEBUFFER_BINDING, 1),
-        VALUE(GL_RENDERBUFFER_BINDING, 1),
-        VALUE(GL_ACTIVE_TEXTURE, 1),
-        VALUE(GL_CLIENT_ACTIVE_TEXTURE, 1),
-        VALUE(GL_VIEWPORT, 4),
-        VALUE(GL_SCISSOR_BOX, 4),
-        VALUE(GL_SCISSOR_TEST, 1),
-        VALUE(GL_BLEND, 1),
-        VALUE(GL_BLEND_SRC_RGB, 1),
-        VALUE(GL_BLEND_DST_RGB, 1),
-        VALUE(GL_BLEND_SRC_ALPHA, 1),
-        VALUE(GL_BLEND_DST_ALPHA, 1),
-        VALUE(GL_BLEND_EQUATION_RGB, 1),
-        VALUE(GL_BLEND_EQUATION_ALPHA, 1),
-        VALUE(GL_BLEND_COLOR, 4),
-        VALUE(GL_COLOR_WRITEMASK, 4),
-        VALUE(GL_COLOR_CLEAR_VALUE, 4),
-        VALUE(GL_DEPTH_TEST, 1),
-        VALUE(GL_DEPTH_FUNC, 1),
-        VALUE(GL_DEPTH_WRITEMASK, 1),
-        VALUE(GL_DEPTH_CLEAR_VALUE, 1),
-        VALUE(GL_DEPTH_RANGE, 2),
-        VALUE(GL_STENCIL_TEST, 1),
-        VALUE(GL_STENCIL_FUNC, 1),
-        VALUE(GL_STENCIL_REF, 1),
-        VALUE(GL_STENCIL_VALUE_MASK, 1),
-        VALUE(GL_STENCIL_WRITEMASK, 1),
-        VALUE(GL_STENCIL_FAIL, 1),
-        VALUE(GL_STENCIL_PASS_DEPTH_FAIL, 1),
-        VALUE(GL_STENCIL_PASS_DEPTH_PASS, 1),
-        VALUE(GL_STENCIL_CLEAR_VALUE, 1),
-        VALUE(GL_CULL_FACE, 1),
-        VALUE(GL_CULL_FACE_MODE, 1),
-        VALUE(GL_FRONT_FACE, 1),
-        VALUE(GL_POLYGON_MODE, 2),
-        VALUE(GL_POLYGON_OFFSET_FILL, 1),
-        VALUE(GL_POLYGON_OFFSET_FACTOR, 1),
-        VALUE(GL_POLYGON_OFFSET_UNITS, 1),
-        VALUE(GL_LINE_WIDTH, 1),
-        VALUE(GL_POINT_SIZE, 1),
-        VALUE(GL_LINE_SMOOTH, 1),
-        VALUE(GL_DITHER, 1),
-        VALUE(GL_MULTISAMPLE, 1),
-        VALUE(GL_SAMPLE_ALPHA_TO_COVERAGE, 1),
-        VALUE(GL_SAMPLE_COVERAGE, 1),
-        VALUE(GL_COLOR_LOGIC_OP, 1),
-        VALUE(GL_FRAMEBUFFER_SRGB, 1),
-        VALUE(GL_PRIMITIVE_RESTART, 1),
-        VALUE(GL_VERTEX_PROGRAM_POINT_SIZE, 1),
-        VALUE(GL_PACK_ALIGNMENT, 1),
-        VALUE(GL_PACK_ROW_LENGTH, 1),
-        VALUE(GL_PACK_SKIP_ROWS, 1),
-        VALUE(GL_PACK_SKIP_PIXELS, 1),
-        VALUE(GL_UNPACK_ALIGNMENT, 1),
-        VALUE(GL_UNPACK_ROW_LENGTH, 1),
-        VALUE(GL_UNPACK_SKIP_ROWS, 1),
-        VALUE(GL_UNPACK_SKIP_PIXELS, 1),
-        VALUE(GL_LIGHTING, 1),
-        VALUE(GL_FOG, 1),
-        VALUE(GL_ALPHA_TEST, 1),
-        VALUE(GL_NORMALIZE, 1),
-        VALUE(GL_MATRIX_MODE, 1),
-        VALUE(GL_MODELVIEW_MATRIX, 16),
-        VALUE(GL_PROJECTION_MATRIX, 16),
-        VALUE(GL_CURRENT_COLOR, 4),
-        VALUE(GL_ATTRIB_STACK_DEPTH, 1),
-        VALUE(GL_CLIENT_ATTRIB_STACK_DEPTH, 1),
-        VALUE(GL_VERTEX_ARRAY, 1),
-        VALUE(GL_NORMAL_ARRAY, 1),
-        VALUE(GL_COLOR_ARRAY, 1),
-        VALUE(GL_TEXTURE_COORD_ARRAY, 1),
-        VALUE(GL_PROVOKING_VERTEX, 1),
-    };
-#undef VALUE
-    std::map<std::string, std::vector<double>> state;
-    for (const Value& value : kValues)
-    {
-        std::vector<double>& numbers = state[value.name];
-        numbers.resize(16);
-        glGetDoublev(value.what, numbers.data());
+        state[value].resize(16); // a matrix
+        glGetDoublev(value, state[value].data());
     }
     GLint unit = 0;
     glGetIntegerv(GL_ACTIVE_TEXTURE, &unit);
@@ -190,7 +117,7 @@ std::map<std::string, std::vector<double>> StateOfGL()
         {
             GLint bound = 0;
             glGetIntegerv(what, &bound);
-            state["unit " + std::to_string(i)].push_back(bound);
+            state[GLenum(i)].push_back(bound);
         }
     }
     glActiveTexture(GLenum(unit));
@@ -198,7 +125,7 @@ std::map<std::string, std::vector<double>> StateOfGL()
     {
         GLint enabled = 0;
         glGetVertexAttribiv(i, GL_VERTEX_ATTRIB_ARRAY_ENABLED, &enabled);
-        state["attributes"].push_back(enabled);
+        state[GL_VERTEX_ATTRIB_ARRAY_ENABLED].push_back(enabled);
     }
     return state;
 }
@@ -239,7 +166,7 @@ TEST_F(Overlays, StandAtTheirPinsAndLeaveTheRestOfThePictureAlone)
 
 namespace
 {
-using State = std::map<std::string, std::vector<double>>;
+using State = std::map<GLenum, std::vector<double>>;
 
 /// Writes the state down where it stands in the scene's list. The first of two leaves nothing at its default.
 class Probe : public VXObject2D
@@ -307,10 +234,10 @@ TEST_F(Overlays, LeaveOpenGLAsItWas)
         Drawn({});
         ASSERT_FALSE(before.empty());
         for (const auto& [name, values] : before)
-            EXPECT_EQ(values, after.at(name)) << name;
+            EXPECT_EQ(values, after.at(name)) << std::hex << name;
     }
-    EXPECT_NE(before["GL_VERTEX_ARRAY_BINDING"][0], 0);
-    EXPECT_NE(before["GL_READ_FRAMEBUFFER_BINDING"], before["GL_DRAW_FRAMEBUFFER_BINDING"]);
+    EXPECT_NE(before[GL_VERTEX_ARRAY_BINDING][0], 0);
+    EXPECT_NE(before[GL_READ_FRAMEBUFFER_BINDING], before[GL_DRAW_FRAMEBUFFER_BINDING]);
     EXPECT_EQ(PendingGLErrors(), "");
 }
 
