@@ -3,6 +3,7 @@
 #include "base/platform/Platform.h"
 
 #include <random>
+#include <string>
 
 namespace
 {
@@ -71,6 +72,15 @@ BString MakeUuidString()
         *out++ = kDigits[bytes[i] & 15];
     }
     *out = 0;
+    return BString(text);
+}
+
+BString GroupedDigits(std::int64_t number)
+{
+    std::string text = std::to_string(number);
+    const std::size_t first = number < 0 ? 1 : 0;
+    for (std::size_t at = text.size(); at > first + 3;)
+        text.insert(at -= 3, 1, ' ');
     return BString(text);
 }
 

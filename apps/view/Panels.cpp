@@ -3,6 +3,7 @@
 
 #include "apps/Groups.h"
 #include "apps/Subdivision.h"
+#include "base/BText.h"
 
 #include <imgui.h>
 
@@ -171,23 +172,9 @@ static int Buttons(const char* const (&names)[N])
     return pressed;
 }
 
-// "1 234 567"
-static std::string Grouped(std::int64_t number)
-{
-    const std::string digits = std::to_string(number);
-    std::string text;
-    for (std::size_t i = 0; i < digits.size(); ++i)
-    {
-        if (i > 0 && (digits.size() - i) % 3 == 0)
-            text += ' ';
-        text += digits[i];
-    }
-    return text;
-}
-
 static std::string Counted(std::int64_t count, const char* one, const char* many)
 {
-    return Grouped(count) + " " + (count == 1 ? one : many);
+    return GroupedDigits(count).Std() + " " + (count == 1 ? one : many);
 }
 
 static bool Section(const char* name, bool open)

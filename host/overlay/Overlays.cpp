@@ -91,7 +91,9 @@ protected:
             polygons += geom->NumPolys();
             vertices += geom->NumVerts(false);
         }
-        mRows = {{"objects", Grouped(objects)}, {"polygons", Grouped(polygons)}, {"vertices", Grouped(vertices)}};
+        mRows = {{"objects", GroupedDigits(objects).Std()},
+                 {"polygons", GroupedDigits(polygons).Std()},
+                 {"vertices", GroupedDigits(vertices).Std()}};
         if (frame.milliseconds > 0)
             mRows.push_back({"frame", BString::Format("%.1f ms", double(frame.milliseconds)).Std()});
         return {kWidth, int(mRows.size()) * kLine + 2 * kPad};
@@ -112,19 +114,6 @@ protected:
 
 private:
     static constexpr int kWidth = 168, kLine = 19, kPad = 10;
-
-    static std::string Grouped(std::int64_t number) // 1234567 as "1 234 567"
-    {
-        const std::string digits = std::to_string(number);
-        std::string text;
-        for (std::size_t i = 0; i < digits.size(); ++i)
-        {
-            if (i > 0 && (digits.size() - i) % 3 == 0)
-                text += ' ';
-            text += digits[i];
-        }
-        return text;
-    }
 
     std::vector<std::pair<std::string, std::string>> mRows;
 };

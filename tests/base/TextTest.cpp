@@ -113,6 +113,16 @@ TEST(String, FormatsTextsOfAnyLength)
     }
 }
 
+TEST(String, GroupsDigitsByThree)
+{
+    for (const auto& [number, text] : {std::pair<std::int64_t, const char*>{0, "0"},
+                                       {-123, "-123"},
+                                       {1000, "1 000"},
+                                       {-1234567, "-1 234 567"},
+                                       {INT64_MAX, "9 223 372 036 854 775 807"}})
+        EXPECT_EQ(GroupedDigits(number), text);
+}
+
 TEST(Utf8, DecodesEveryCodePoint)
 {
     std::string text;
