@@ -109,7 +109,8 @@ RecordPtr MeshWriter::Record(const TextMeshOptions& options, bool sides) const
     if (front < 0 || side < 0)
         return nullptr;
     std::copy(mPoints.begin(), mPoints.end(), record->verts);
-    std::copy(mUVs.begin(), mUVs.end(), record->tex->verts);
+    if (record->tex) // a text of spaces has none
+        std::copy(mUVs.begin(), mUVs.end(), record->tex->verts);
     for (std::size_t i = 0; i < mCorners.size(); ++i)
     {
         record->sets[i] = mCorners[i].point;
